@@ -1,0 +1,3 @@
+#include "core/matrix3d.h"
+
+template class matrix3D<matrix<double>>;

@@ -1,0 +1,117 @@
+#include "kernel/distributions/student.h"
+
+#include <cmath>
+#include <limits>
+
+#include "kernel/distributions/gamma_functions.h"
+#include "kernel/distributions/incomplete_beta.h"
+#include "kernel/distributions/normal.h"
+#include "kernel/distributions/quantile_search.h"
+
+using namespace korvenrg::distributions;
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kLeastOdds = 1e-200;     // t^2 / df outside this range leaves one term of the tail only
+constexpr double kMostOdds = 1e200;
+constexpr double kCentralStart = 0.25;    // tails above it: the quantile is sought by the probability between 0 and t
+constexpr double kPowerTailOdds = 30.0;   // t^2 / df from which the tail's power law starts the search (tuned)
+
+/** P(|T| <= t) and P(|T| > t) for 0 < t < infinity and finite df, with derivatives by log t:
+    t^2 / df are the odds of a beta variable with parameters 1/2 and df/2 (Abramowitz & Stegun 1964, 26.7.1). */
+TailPair TwoSidedTails(double t,
+                       double df)
+{
+    const double odds = t / df * t;
+    TailPair tails;
+    if (odds > kLeastOdds && odds < kMostOdds) {
+        tails = BetaTails(0.5, 0.5 * df, PointOfOdds(Divide(ExactProduct(t, t), df)));
+    } else {
+        const TwoDouble logT = Log({t, 0});
+        const TwoDouble logOdds = Add(Add(logT, logT), Negative(Log({df, 0})));
+        tails = BetaTailsOfExtreme(0.5, 0.5 * df, logOdds);
+    }
+    tails.weight *= 2;
+    tails.slope *= 2;
+    return tails;
+}
+
+/** Half of P(|T| <= t) or of P(|T| > t) for any t >= 0. */
+struct HalfTails
+{
+    double between;
+    double beyond;
+};
+
+HalfTails HalfTailsAt(double t,
+                      double df)
+{
+    if (t == 0) return {0, 0.5};
+    if (std::isinf(t)) return {0.5, 0};
+    if (df >= kInfiniteDf) return {0.5 * derf(t * 0.707106781186547524401), pValNormalStd(t)};
+    const TailPair tails = TwoSidedTails(t, df);
+    return {0.5 * tails.lower, 0.5 * tails.upper};
+}
+
+/** log t where the power law P(|T| > t) = (df / t^2)^(df/2) / (df/2 B(1/2, df/2)) reaches the probability. */
+double PowerTailLog(double probability,
+                    double df)
+{
+    const double b = 0.5 * df;
+    const double logBeta = GammaLn(0.5) + GammaLn(b) - GammaLn(b + 0.5);
+    return 0.5 * (std::log(df) - (std::log(probability) + std::log(b) + logBeta) / b);
+}
+
+/** The start of the quantile: the power law far out, otherwise the inverse of
+    z = (8 df + 1) / (8 df + 3) sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on normal approximations to
+    Student's and the chi-square distributions. */
+double QuantileStart(double tail,
+                     double df)
+{
+    const double z = InvCDFNormalStd(1 - tail) * (8 * df + 3) / (8 * df + 1);
+    return std::sqrt(df * std::expm1(z * z / df));
+}
+
+/** t > 0 with P(T > t) = tail, 0 < tail < 1/2. */
+double QuantileOfTail(double tail,
+                      double df)
+{
+    if (df >= kInfiniteDf) return -InvCDFNormalStd(tail);
+    const bool isCentral = tail > kCentralStart;
+    const TailTarget target = {2 * (isCentral ? 0.5 - tail : tail), isCentral};
+    const double logPower = PowerTailLog(2 * tail, df);
+    if (logPower > 709) return kInfinity;
+    double start = std::exp(logPower);
+    if (start / df * start < kPowerTailOdds) start = QuantileStart(tail, df);
+    return SearchQuantile([df](double t) { return TwoSidedTails(t, df); }, target, start);
+}
+
+}  // namespace
+
+double CDFStudent(double t,
+                  double df,
+                  short lower)
+{
+    if (std::isnan(t) || !(df > 0)) return kNaN;
+    const HalfTails half = HalfTailsAt(std::fabs(t), df);
+    const bool isFarTail = (t < 0) == (lower != 0);
+    return isFarTail ? half.beyond : 0.5 + half.between;
+}
+
+double pValStudent(double t,
+                   double df)
+{
+    return CDFStudent(std::fabs(t), df, 0);
+}
+
+double InvCDFStudent(double p,
+                     double df)
+{
+    if (!(p >= 0 && p <= 1) || !(df > 0)) return kNaN;
+    if (p == 0) return -kInfinity;
+    if (p == 1) return kInfinity;
+    if (p == 0.5) return 0;
+    return p < 0.5 ? -QuantileOfTail(p, df) : QuantileOfTail(1 - p, df);
+}
