@@ -1,0 +1,262 @@
+/**
+ * KORVENRG: all flat doors of the statistical modelling engine, in C.
+ *
+ * An array is a pointer to its first element, by columns (element (i, j) of an r x c array stands at r * (j - 1) + i - 1).
+ * No array carries its size and no size is checked: each shape below is what the door reads or writes. Codes, factor
+ * and column numbers count from 1. Two values recur:
+ *
+ *   missing   -1.79769313486231E+308 (bit pattern 0xFFEFFFFFFFFFFFE2), in each result cell that has no value
+ *   boolean   16 bits, -1 true, 0 false; a 1 counts as false. A flag inside an option vector is on at exactly 1.0
+ *
+ * Text comes in as platform strings (null is empty) and goes out as new ones, which the caller owns; what an output
+ * array of text held before is not freed. On platforms without automation strings the library exports the functions
+ * that make and free them (core/platform.h).
+ *
+ * Each parameter is documented once: [direction; shape] meaning, allowed values, when it is ignored.
+ */
+#ifndef KORVENRG_H
+#define KORVENRG_H
+
+#include "core/platform.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- frame ---- */
+
+/**
+ * Plain sum of an array, from 0.0, in its order. The missing marker is not skipped.
+ * Returns the sum; 0.0 for no elements.
+ */
+KORVENRG_API double Cpp_SUM(
+    double* A, /**< [in; size] values */
+    int size   /**< [in] number of elements; 0 or less gives 0.0 */
+);
+
+/**
+ * Counts the texts equal to "Vexa", case counting. The high byte of each character is dropped before the comparison.
+ * Returns the count; -1 for an empty array.
+ */
+KORVENRG_API int Cpp_Count(
+    BSTR* A, /**< [in; size] texts */
+    int size /**< [in] number of elements; 0 gives -1 */
+);
+
+/**
+ * Counts the texts equal to "1" up to the first that is neither "0" nor "1".
+ * Returns the count so far; 0 for no elements.
+ */
+KORVENRG_API int Cpp_CheckBoolean(
+    BSTR* A, /**< [in; size] texts */
+    int size /**< [in] number of elements; 0 or less gives 0 */
+);
+
+/* ---- linear models ---- */
+
+/**
+ * One weighted least squares fit of a model design table, with everything that a regression or ANOVA report shows.
+ *
+ * The correlation matrix of the columns and the response is swept, column by column in the order of the factors
+ * (Goodnight 1979, "A tutorial on the SWEEP operator"). A column whose tolerance is too low stays out.
+ *
+ * InputInfo, by position from 1; a flag is on at exactly 1.0:
+ *    1 fixed intercept (flag)      2 its value                  3 tolerance a column must exceed
+ *    4 unused                      5 method: negative fits all active factors; 0 best subset, 1 stepwise, 2 forward,
+ *                                    3 backward are reserved: this version fits all active factors for them too
+ *    6 criterion: 2 fills the Cp column of oModels           7, 8, 9, 10 unused in this version
+ *   11 alpha of the intervals     12, 13, 14, 16 type tables (reserved: this version leaves the tables as they are)
+ *   15 constraint code of the design table; 2 or more: dropped levels get derived coefficients
+ *   17 exactly 0.0: oVarCovCoef stays on the fitted columns; otherwise it is mapped through FactSubDesign
+ *
+ * Column states (ioFactSubRemoved): 0 in the model, -1 candidate, 40000 dropped by a constraint, 50000 constant,
+ * 60000 refused by tolerance, other positive values: excluded by the caller.
+ *
+ * Returns 0, or -5 when no column can enter; then only oMean, oStDev, pFinal, ioFactSubRemoved, FactActive, oModels
+ * and Wr have been touched.
+ */
+KORVENRG_API int RunOLS1(
+    int n,                     /**< [in] number of observations */
+    int p,                     /**< [in] number of coded columns of X */
+    double* Y,                 /**< [in; n x 1] response */
+    double* X,                 /**< [in; n x p] coded columns */
+    double* Wc,                /**< [in; n x 1] case weights; their sum counts the observations */
+    double* Wr,                /**< [inout; n x 1] regression weights; rescaled when the sum of Wc * Wr is at most 1 */
+    int NbFactors,             /**< [in] number of factors */
+    int Interlevel,            /**< [in] highest number of variables in one factor */
+    int NbActiveFactors,       /**< [in] ignored */
+    int* FactType,             /**< [in; NbFactors] 1 quantitative, 2 qualitative, 3, 4, 5 interactions */
+    int* FactActive,           /**< [inout; NbFactors] 1: in the model; 0 afterwards for a factor without columns in it */
+    int* FactNbVars,           /**< [in; NbFactors] number of variables of each factor */
+    int* FactListVars,         /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbSub,            /**< [in; NbFactors] number of columns of each factor */
+    int* FactSubParents,       /**< [in; p] factor of each column */
+    double* FactSubFreq,       /**< [in; unused, may be p] ignored */
+    double* FactSubDesign,     /**< [in; p x p] map from fitted columns to reported parameters */
+    double* InputInfo,         /**< [in; 17] options, see above */
+    int* pFinal,               /**< [out; 1] number of columns in the final model */
+    double* oModels,           /**< [out; 2p x (NbFactors+12)] one row per factor entered: 1 row number, 2 columns,
+                                    3 +1, 4 the factor, 5.. indicators of the factors in the model, then SSE, MSE,
+                                    R squared, adjusted R squared, Cp, AIC, SBC, PC; other rows stay */
+    int* oBestID,              /**< [out; 1] row of the best model; written by best-subset selection only */
+    int* ioFactSubRemoved,     /**< [inout; p] state of each column */
+    double* oFitCoeffs,        /**< [out; 15 x 2] column 1: observations, sum of weights, DF, R squared, adjusted
+                                    R squared, MSE, RMSE, MAPE, Durbin-Watson, Cp, AIC, SBC, PC, PRESS, Q squared;
+                                    column 2 stays */
+    double* oANOVATable,       /**< [out; 3 x 5] rows model, error, corrected total; columns DF, sum of squares, mean
+                                    square, F, Pr > F */
+    double* oTypeISSTable,     /**< [out; NbFactors x 5] reserved, stays as it is */
+    double* oTypeIISSTable,    /**< [out; NbFactors x 5] reserved, stays as it is */
+    double* oTypeIIISSTable,   /**< [out; NbFactors x 5] reserved, stays as it is */
+    double* oTypeIVSSTable,    /**< [out; unused, may be NbFactors x 5] ignored */
+    double* oRCoeffs,          /**< [out; p+1] coefficients of the fitted columns, the intercept last */
+    double* oCoeffs,           /**< [out; p+1] reported parameters, the intercept last */
+    double* oStdevCoeffs,      /**< [out; (p+1) x 6] row 1 intercept, row i+1 column i: value, standard error, t,
+                                    Pr > |t|, lower bound, upper bound */
+    double* oBetaCoeffs,       /**< [out; p x 6] the same for the standardised coefficients, no intercept */
+    double* oVarCovCoef,       /**< [out; (p+1) x (p+1)] covariance of the coefficients, intercept last; cells of
+                                    columns outside the model stay when InputInfo(17) is 0.0 */
+    double* oYPred,            /**< [out; n] predictions */
+    double* oStDevYPred,       /**< [out; n x 6] standard error of the mean, its bounds; of an observation, its bounds */
+    double* oResiduals,        /**< [out; n x 3] raw, standardised, studentised; the last stays at leverage 1 */
+    double* oCooksD,           /**< [out; n] Cook's distance; stays at leverage 1 */
+    double* oAdjPred,          /**< [out; n] leave-one-out prediction */
+    double* oRMat,             /**< [out; (p+1) x (p+1)] the final swept matrix, symmetric */
+    double* oMean,             /**< [out; p+1] weighted means of the columns and of Y */
+    double* oStDev             /**< [out; p+1] standard deviations in the same order */
+);
+
+/**
+ * Codes quantitative and text columns into one design table and describes its columns, for the model rows and with the
+ * same coding for validation and prediction rows. Older form of BuildModelTable2.
+ *
+ * Factor types: 1 quantitative, 2 qualitative, 3 interaction of quantitative variables, 4 of qualitative ones, 5 mixed.
+ * Variables are numbered 1..pX (quantitative), then pX+1..pX+pQ; each has its main effect as the factor of its number.
+ * Returns 0.
+ */
+KORVENRG_API int BuildModelTable(
+    double* X,                 /**< [in; n x pX] quantitative variables */
+    int n,                     /**< [in] number of model rows */
+    int pX,                    /**< [in] number of quantitative variables */
+    BSTR* q,                   /**< [in; n x pQ] qualitative variables */
+    int pQ,                    /**< [in] number of qualitative variables */
+    double* W,                 /**< [in; n] weights of the rows, for the frequencies */
+    BSTR* LabelX,              /**< [in; pX+NbCatTotal] names of the quantitative variables; the rest is ignored */
+    BSTR* LabelQ,              /**< [in; pQ] names of the qualitative variables */
+    int Interlevel,            /**< [in] highest number of variables in one factor */
+    int iConstraintType,       /**< [in] 0 first level, 1 last level, 2 sum of effects 0, 3 weighted sum 0; any other
+                                    value keeps all columns */
+    VARIANT_BOOL UseHProduct,  /**< [in] -1: interactions multiply the main effects' constraint-coded columns; else plain
+                                    0/1 indicators */
+    int NbFactors,             /**< [in] number of factors */
+    BSTR* FactSubLabels,       /**< [out; p] label of each column: "-" joins a variable and its category, "*" the parts
+                                    of an interaction */
+    int* FactSubParents,       /**< [out; p] factor of each column */
+    double* FactSubFreq,       /**< [out; p] weighted frequency of the column's category or cell; 0 for quantitative
+                                    columns */
+    int* FactSubRemoved,       /**< [out; p] 40000 for a level dropped by the constraint, else 0 */
+    int* FactType,             /**< [in; NbFactors] type of each factor */
+    int* FactListVars,         /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,           /**< [in; NbFactors] number of variables of each factor */
+    int* FactActive,           /**< [in; NbFactors] 1: the factor gets columns */
+    double* FactSubDesign,     /**< [out; p x p] map from fitted columns to reported parameters */
+    VARIANT_BOOL NestedOption, /**< [in] -1: FactNested holds */
+    int* FactNested,           /**< [in; 2] variable nested, variable it is nested in; 0 none */
+    int NbMaxCat,              /**< [in] largest number of categories of a variable */
+    int NbCatTotal,            /**< [in] total number of categories; only shapes LabelX */
+    int* NbCat,                /**< [in; pQ] number of categories of each qualitative variable */
+    BSTR* Cat,                 /**< [in; pQ x NbMaxCat] categories, in the order of the columns */
+    double* iFreqCat,          /**< [in; pQ x NbMaxCat] their weighted frequencies */
+    VARIANT_BOOL WithValid,    /**< [in] -1: code the validation rows */
+    double* XValid,            /**< [in; nValid x pX] quantitative variables of the validation rows */
+    BSTR* QValid,              /**< [in; nValid x pQ] qualitative ones; an unknown category gives zeros */
+    int nValid,                /**< [in] number of validation rows */
+    VARIANT_BOOL WithPredict,  /**< [in] -1: code the prediction rows */
+    double* XPred,             /**< [in; nPred x pX] quantitative variables of the prediction rows */
+    BSTR* QPred,               /**< [in; nPred x pQ] qualitative ones; an unknown category gives zeros */
+    int nPred,                 /**< [in] number of prediction rows */
+    double* XModel,            /**< [out; n x p] coded model rows */
+    double* XModelValid,       /**< [out; nValid x p] coded validation rows */
+    double* XModelPred,        /**< [out; nPred x p] coded prediction rows */
+    int* pMod                  /**< [inout; 1] in: columns reserved, the p of all shapes; out: columns made */
+);
+
+/**
+ * Codes quantitative and text columns into one design table and describes its columns, for the model rows and with the
+ * same coding for validation and prediction rows.
+ *
+ * Parameters as in BuildModelTable; interactions multiply plain 0/1 indicators.
+ * Returns 0.
+ */
+KORVENRG_API int BuildModelTable2(
+    double* X,                 /**< [in; n x pX] quantitative variables */
+    int n,                     /**< [in] number of model rows */
+    int pX,                    /**< [in] number of quantitative variables */
+    BSTR* q,                   /**< [in; n x pQ] qualitative variables */
+    int pQ,                    /**< [in] number of qualitative variables */
+    double* W,                 /**< [in; n] weights of the rows, for the frequencies */
+    BSTR* LabelX,              /**< [in; pX+NbCatTotal] names of the quantitative variables; the rest is ignored */
+    BSTR* LabelQ,              /**< [in; pQ] names of the qualitative variables */
+    int Interlevel,            /**< [in] highest number of variables in one factor */
+    int iConstraintType,       /**< [in] 0 first level, 1 last level, 2 sum of effects 0, 3 weighted sum 0; any other
+                                    value keeps all columns */
+    int NbFactors,             /**< [in] number of factors */
+    BSTR* FactSubLabels,       /**< [out; p] label of each column: "-" joins a variable and its category, "*" the parts
+                                    of an interaction */
+    BSTR* FactSubLabelsSimple, /**< [out; p] the label without the names of qualitative variables */
+    int* FactSubParents,       /**< [out; p] factor of each column */
+    int* FactSubParentsList,   /**< [out; NbFactors x p: row f lists the columns of factor f, 0 after the last] columns
+                                    by factor */
+    int* FactNbSub,            /**< [out; NbFactors] number of columns of each factor */
+    double* FactSubFreq,       /**< [out; p] weighted frequency of the column's category or cell; 0 for quantitative
+                                    columns */
+    int* FactSubRemoved,       /**< [out; p] 40000 for a level dropped by the constraint, else 0 */
+    int* FactSubCleaned,       /**< [out; p] the state with 50000 added for a column that is constant over the model rows */
+    int* FactType,             /**< [in; NbFactors] type of each factor */
+    int* FactListVars,         /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,           /**< [in; NbFactors] number of variables of each factor */
+    int* FactActive,           /**< [in; NbFactors] 1: the factor gets columns */
+    double* FactSubDesign,     /**< [out; p x p] map from fitted columns to reported parameters */
+    int* FactNested,           /**< [in; 2] variable nested, variable it is nested in; 0 none */
+    int* iFactNestedMat,       /**< [in; NbFactors x NbFactors] cell (a, b) is 1 when variable a is nested in b */
+    int NbMaxCat,              /**< [in] largest number of categories of a variable */
+    int NbCatTotal,            /**< [in] total number of categories; only shapes LabelX */
+    int* NbCat,                /**< [in; pQ] number of categories of each qualitative variable */
+    BSTR* Cat,                 /**< [in; pQ x NbMaxCat] categories, in the order of the columns */
+    double* iFreqCat,          /**< [in; pQ x NbMaxCat] their weighted frequencies */
+    VARIANT_BOOL WithValid,    /**< [in] -1: code the validation rows */
+    double* XValid,            /**< [in; nValid x pX] quantitative variables of the validation rows */
+    BSTR* QValid,              /**< [in; nValid x pQ] qualitative ones; an unknown category gives zeros */
+    int nValid,                /**< [in] number of validation rows */
+    VARIANT_BOOL WithPredict,  /**< [in] -1: code the prediction rows */
+    double* XPred,             /**< [in; nPred x pX] quantitative variables of the prediction rows */
+    BSTR* QPred,               /**< [in; nPred x pQ] qualitative ones; an unknown category gives zeros */
+    int nPred,                 /**< [in] number of prediction rows */
+    double* XModel,            /**< [out; n x p] coded model rows */
+    double* XModelValid,       /**< [out; nValid x p] coded validation rows */
+    double* XModelPred,        /**< [out; nPred x p] coded prediction rows */
+    int* pMod,                 /**< [inout; 1] in: columns reserved, the p of all shapes; out: columns made */
+    int* pMod2                 /**< [out; 1: columns left after cleaning] columns whose cleaned state is 0 */
+);
+
+/**
+ * Number of columns that the builders make.
+ * Returns the count; 0 for no factors.
+ */
+KORVENRG_API int GetXModelSize(
+    int NbFactors,     /**< [in] number of factors */
+    int pX,            /**< [in] number of quantitative variables */
+    int pQ,            /**< [in] number of qualitative variables */
+    int Interlevel,    /**< [in] highest number of variables in one factor */
+    int* NbCat,        /**< [in; pQ] number of categories of each qualitative variable */
+    int* FactType,     /**< [in; NbFactors] type of each factor */
+    int* FactListVars, /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,   /**< [in; NbFactors] number of variables of each factor */
+    int* FactActive    /**< [in; NbFactors] 1: the factor gets columns */
+);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
