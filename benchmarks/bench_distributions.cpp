@@ -1,5 +1,5 @@
-// Time per call of the distribution functions. Each benchmark runs over the same kArguments arguments, spread by a fixed
-// rule over a regime; bench_distributions.R times R's counterparts on the same arguments.
+// Time per call of the distribution functions. Each benchmark runs over the same kArguments arguments, spread
+// by a fixed rule over a regime; bench_distributions.R times R's counterparts on the same arguments.
 
 #include <benchmark/benchmark.h>
 
@@ -13,8 +13,7 @@ namespace {
 constexpr int kArguments = 1000;
 
 /** A sequence that fills 0..1 evenly: the fractional parts of the multiples of an irrational number. */
-double Spread(int i,
-              double irrational)
+double Spread(int i, double irrational)
 {
     const double multiple = (i + 0.5) * irrational;
     return multiple - std::floor(multiple);
@@ -31,8 +30,12 @@ struct Regime
 };
 
 constexpr Regime kRegimes[] = {
-    {"df 1, 3", 1, 3},           {"df 5, 25.5", 5, 25.5},           {"df 60, 200.5", 60, 200.5},
-    {"df 2, 1e6", 2, 1e6},       {"df 5000, 3000", 5000, 3000},     {"df 1e6, 1e6", 1e6, 1e6},
+    {"df 1, 3", 1, 3},
+    {"df 5, 25.5", 5, 25.5},
+    {"df 60, 200.5", 60, 200.5},
+    {"df 2, 1e6", 2, 1e6},
+    {"df 5000, 3000", 5000, 3000},
+    {"df 1e6, 1e6", 1e6, 1e6},
 };
 
 double Probability(int i)
@@ -46,22 +49,18 @@ double Deviate(int i)
     return 8 * Spread(i, kRootTwo) - 4;
 }
 
-double FisherArgument(int i,
-                      const Regime& regime)
+double FisherArgument(int i, const Regime& regime)
 {
     return std::exp(Deviate(i) * std::sqrt(2 / regime.df1 + 2 / regime.df2));
 }
 
-double ChiSquareArgument(int i,
-                         double df)
+double ChiSquareArgument(int i, double df)
 {
     return df * std::exp(Deviate(i) * std::sqrt(2 / df));
 }
 
 template <class Call>
-void Run(const char* function,
-         const Regime& regime,
-         Call call)
+void Run(const char* function, const Regime& regime, Call call)
 {
     const std::string name = std::string(function) + " / " + regime.name;
     benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
@@ -72,15 +71,18 @@ void Run(const char* function,
             benchmark::DoNotOptimize(sum);
         }
         state.SetItemsProcessed(state.iterations() * kArguments);
-        state.counters["ns/call"] = benchmark::Counter(static_cast<double>(state.iterations()) * kArguments * 1e-9,
-                                                       benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+        state.counters["ns/call"] =
+            benchmark::Counter(static_cast<double>(state.iterations()) * kArguments * 1e-9,
+                               benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     });
 }
 
 void RegisterAll()
 {
     for (const Regime& regime : kRegimes) {
-        Run("pF", regime, [=](int i) { return pValFisher(FisherArgument(i, regime), regime.df1, regime.df2); });
+        Run("pF", regime, [=](int i) {
+            return pValFisher(FisherArgument(i, regime), regime.df1, regime.df2);
+        });
         Run("qF", regime, [=](int i) { return InvCDFFisher(Probability(i), regime.df1, regime.df2); });
         Run("pt", regime, [=](int i) { return pValStudent(Deviate(i), regime.df2); });
         Run("qt", regime, [=](int i) { return InvCDFStudent(Probability(i), regime.df2); });
@@ -97,8 +99,7 @@ void RegisterAll()
 
 }  // namespace
 
-int main(int argc,
-         char** argv)
+int main(int argc, char** argv)
 {
     RegisterAll();
     benchmark::Initialize(&argc, argv);

@@ -4,8 +4,8 @@
     python3 tools/distribution_coefficients.py > src/kernel/distributions/coefficients.h
 
 Polynomials come from Chebyshev interpolation at 60 digits, truncated below KEEP of the largest coefficient and
-rewritten in powers of the scaled variable t in -1..1. The mean expansion of the beta distribution is derived in exact
-rational arithmetic (function mean_expansion). Needs mpmath.
+rewritten in powers of the scaled variable t in -1..1. The uniform expansion of the beta distribution is derived in exact
+rational arithmetic (function uniform_expansion). Needs mpmath.
 """
 from fractions import Fraction
 import mpmath as mp
@@ -130,7 +130,7 @@ def central_normal_quantile(square):
     return mp.sqrt(2) * mp.erfinv(2 * q) / q
 
 
-# ---- expansion of the beta distribution function at its mean -------------------------------------------------------
+# ---- uniform expansion of the beta distribution -------------------------------------------------------------------
 
 def poly_mul(p, q):
     out = [Fraction(0)] * (len(p) + len(q) - 1)
@@ -157,16 +157,18 @@ def series_mul(f, g, order):
     return out
 
 
-def mean_expansion(terms):
-    """Coefficients q[m][i] of I_x0(a, b) = 1/2 - x0^a y0^b / B(a, b) * (D / (r w)) * sum_m sum_i q[m][i] w^i / (r w)^m,
-    where r = a + b, x0 = a / r, y0 = b / r, w = x0 y0, D = y0 - x0.
+def uniform_expansion(terms):
+    """The density of the beta distribution in the variable that makes its exponent a normal one.
 
-    Laplace's method on both sides of the mean. With t = x0 + sqrt(w) tau, the exponent is -r eta^2 / 2,
-    eta^2 / 2 = sum_n tau^n p_n / (n w^(n/2 - 1)), p_n = (-1)^n y0^(n-1) + x0^(n-1), and
-    dt / (t (1 - t)) = w^(-1/2) sum_j f_j eta^j d eta. The even f_j give the same area on both sides; the odd ones give the
-    asymmetry: lower - 1/2 = - pref sum_m f_(2m+1) m! 2^m / r^(m+1). sqrt(w) is carried as e^-1 with the power of e equal
-    to the power of tau, so e is set to 1 here and restored by counting."""
-    order = 2 * terms + 2
+    With r = a + b, x0 = a / r, y0 = b / r, w = x0 y0, D = y0 - x0, and sigma^2 / 2 = a log(x0 / t) + b log(y0 / (1 - t)),
+    sigma < 0 below the mean,
+        dt / (t (1 - t)) = e (1 + f_1 (e sigma) + f_2 (e sigma)^2 + ...) d sigma,  e = 1 / sqrt(r w),
+    where f_j is a polynomial in w for even j, D times one for odd j. Returns those polynomials for j = 1 .. terms.
+
+    Derivation: t = x0 + sqrt(w) tau and eta = sigma / sqrt(r) give eta^2 / 2 = sum_n tau^n p_n / (n w^(n/2 - 1)),
+    p_n = (-1)^n y0^(n-1) + x0^(n-1); sqrt(w) is set to 1 and restored by counting the powers. For b to infinity
+    (w = 0, D = 1) these are the coefficients of the gamma distribution."""
+    order = terms + 2
     x0, y0 = [Fraction(1, 2), Fraction(-1, 2)], [Fraction(1, 2), Fraction(1, 2)]   # polynomials in D
 
     def power(p, n):
@@ -199,26 +201,21 @@ def mean_expansion(terms):
         inverse.append(rest)
     derivative = [[Fraction(k + 1) * v for v in g[k + 1]] for k in range(order - 1)]
     table = []
-    for m in range(terms):
-        j = 2 * m + 1
+    for j in range(1, terms + 1):
         product = derivative
         for _ in range(j):
             product = series_mul(product, inverse, j)
-        f_j = [v / j for v in product[j - 1]]
-        table.append(odd_in_w(f_j, m))
+        table.append(polynomial_in_w([v / j for v in product[j - 1]], j % 2))
     return table
 
 
-def odd_in_w(f_j, m):
-    """Rewrites an odd polynomial in D as D times a polynomial in w, by D^2 = 1 - 4 w, and applies m! 2^m."""
-    factor = Fraction(1)
-    for i in range(1, m + 1):
-        factor *= 2 * i
+def polynomial_in_w(p, parity):
+    """Rewrites a polynomial in D of one parity as D^parity times a polynomial in w, by D^2 = 1 - 4 w."""
     out = [Fraction(0)]
     d_squared = [Fraction(1)]
-    for i in range(1, len(f_j), 2):
-        assert f_j[i - 1] == 0
-        out = poly_add(out, d_squared, f_j[i] * factor)
+    for i in range(parity, len(p), 2):
+        assert i == 0 or p[i - 1] == 0
+        out = poly_add(out, d_squared, p[i])
         d_squared = poly_mul(d_squared, [Fraction(1), Fraction(-4)])
     while len(out) > 1 and out[-1] == 0:
         out.pop()
@@ -247,6 +244,11 @@ def main():
                     f"kStirlingFrom{low}", polynomial(stirling_error, low, 2 * low))
     print_array("Stirling series: B(2n) / (2n (2n-1)), n = 1, 2, ...", "kStirlingSeries",
                 [mp.bernoulli(2 * n) / (2 * n * (2 * n - 1)) for n in range(1, 12)])
+    print_array("The Stirling error at 0, 1/2, 1, ..., 15/2; the entry of 0 is not used.", "kStirlingOfHalves",
+                [mp.mpf(0)] + [stirling_error(mp.mpf(k) / 2) for k in range(1, 16)])
+    print_array("2 / (2n + 1), n = 1, 2, ...: the series of log((1 + r) / (1 - r)) after its first term.",
+                "kLogRatioSeries", [mp.mpf(2) / (2 * n + 1) for n in range(1, 12)])
+    print_array("The powers of x^2, x^4, ... in sqrt(x / sinh x).", "kStudentSeries", student_series(9))
     print_array("log gamma(x) / ((x - 1)(x - 2)) on 1..2, powers of t = 2 x - 3.", "kLogGammaFrom1",
                 polynomial(limit_free(lambda x: mp.loggamma(x) / ((x - 1) * (x - 2)), 1, 2), 1, 2))
     print_array("1 / gamma(x) on 1..2, powers of t = 2 x - 3.", "kReciprocalGammaFrom1",
@@ -264,15 +266,32 @@ def main():
                 [2 / mp.sqrt(mp.pi) * (-1) ** n / (mp.factorial(n) * (2 * n + 1)) for n in range(16)])
     print_coefficients_of_erfcx()
     print_normal_quantile()
-    table = mean_expansion(9)
-    print("/** The expansion of the beta distribution function at its mean: row m holds the powers of w. */")
-    print(f"inline constexpr int kMeanTerms = {len(table)};")
-    print("inline constexpr double kMeanExpansion[kMeanTerms][kMeanTerms] = {")
+    print_uniform_expansion(18)
+    print("}  // namespace korvenrg::distributions")
+
+
+def student_series(terms):
+    """Coefficients c_j of sqrt(x / sinh x) = 1 + sum_j c_j x^(2j), from its square's reciprocal sinh(x) / x."""
+    s = [Fraction(1, int(mp.factorial(2 * j + 1))) for j in range(terms + 1)]
+    reciprocal, root = [Fraction(1)], [Fraction(1)]
+    for j in range(1, terms + 1):
+        reciprocal.append(-sum(s[i] * reciprocal[j - i] for i in range(1, j + 1)))
+    for j in range(1, terms + 1):
+        root.append((reciprocal[j] - sum(root[i] * root[j - i] for i in range(1, j))) / 2)
+    return [mp.mpf(v.numerator) / v.denominator for v in root[1:]]
+
+
+def print_uniform_expansion(terms):
+    table = uniform_expansion(terms)
+    width = max(len(row) for row in table)
+    print("/** The coefficients f_j of the beta density in its normal variable, j = 1, 2, ... (see uniform_expansion in")
+    print("    tools/distribution_coefficients.py): row j - 1 holds the powers of w, for odd j to be multiplied by D. */")
+    print(f"inline constexpr int kUniformTerms = {terms};")
+    print(f"inline constexpr double kUniformExpansion[kUniformTerms][{width}] = {{")
     for row in table:
-        row = row + [Fraction(0)] * (len(table) - len(row))
+        row = row + [Fraction(0)] * (width - len(row))
         print("    {" + ", ".join(literal(mp.mpf(v.numerator) / v.denominator) for v in row) + "},")
     print("};\n")
-    print("}  // namespace korvenrg::distributions")
 
 
 def print_coefficients_of_erfcx():

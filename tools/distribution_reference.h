@@ -1,6 +1,6 @@
-/** The distributions in 70-digit arithmetic: the oracle of the reference tables and of the accuracy programme.
-    Slow and plain, by formulas other than the engine's: Boost.Math's gamma functions, power series, and the classical
-    continued fractions by Lentz's method. */
+/** The distributions in 70-digit arithmetic: the oracle of the reference tables and of the accuracy
+   programme. Slow and plain, by formulas other than the engine's: Boost.Math's gamma functions, power series,
+   and the classical continued fractions by Lentz's method. */
 #pragma once
 
 #include <boost/math/constants/constants.hpp>
@@ -12,7 +12,8 @@
 
 namespace reference {
 
-using Real = boost::multiprecision::number<boost::multiprecision::cpp_bin_float<70>, boost::multiprecision::et_off>;
+using Real =
+    boost::multiprecision::number<boost::multiprecision::cpp_bin_float<70>, boost::multiprecision::et_off>;
 
 struct Tails
 {
@@ -24,8 +25,7 @@ inline const Real kTiny = pow(Real(10), -68);
 
 /** f = b0 + a1 / (b1 + a2 / (b2 + ...)) by Lentz's method; step(n, a, b) gives the n-th pair. */
 template <class Step>
-Real Lentz(Real b0,
-           Step step)
+Real Lentz(Real b0, Step step)
 {
     const Real least = pow(Real(10), -1000);
     Real f = b0 == 0 ? least : b0;
@@ -68,25 +68,21 @@ inline Real LogGamma(Real z)
 }
 
 /** I_x(a, b) by Abramowitz & Stegun 26.5.8, for x below about the mean. */
-inline Real BetaByFraction(Real a,
-                           Real b,
-                           Real x,
-                           Real y)
+inline Real BetaByFraction(Real a, Real b, Real x, Real y)
 {
     const Real front = exp(a * log(x) + b * log(y) + LogGamma(a + b) - LogGamma(a) - LogGamma(b)) / a;
     const Real fraction = Lentz(Real(1), [&](int n, Real& alpha, Real& beta) {
         const int m = n / 2;
         beta = 1;
-        if (n % 2 == 1) alpha = -(a + m) * (a + b + m) * x / ((a + 2 * m) * (a + 2 * m + 1));
-        else alpha = m * (b - m) * x / ((a + 2 * m - 1) * (a + 2 * m));
+        if (n % 2 == 1)
+            alpha = -(a + m) * (a + b + m) * x / ((a + 2 * m) * (a + 2 * m + 1));
+        else
+            alpha = m * (b - m) * x / ((a + 2 * m - 1) * (a + 2 * m));
     });
     return front / fraction;
 }
 
-inline Tails Beta(Real a,
-                  Real b,
-                  Real x,
-                  Real y)
+inline Tails Beta(Real a, Real b, Real x, Real y)
 {
     if (x * (a + b + 2) <= a + 1) {
         const Real lower = BetaByFraction(a, b, x, y);
@@ -96,8 +92,7 @@ inline Tails Beta(Real a,
     return {1 - upper, upper};
 }
 
-inline Tails Gamma(Real a,
-                   Real x)
+inline Tails Gamma(Real a, Real x)
 {
     const Real front = exp(a * log(x) - x - LogGamma(a));
     if (x <= a + 1) {
@@ -121,22 +116,18 @@ inline Tails Normal(Real z)
     return {boost::math::erfc(Real(-z / root)) / 2, boost::math::erfc(Real(z / root)) / 2};
 }
 
-inline Tails ChiSquare(Real x,
-                       Real df)
+inline Tails ChiSquare(Real x, Real df)
 {
     return Gamma(df / 2, x / 2);
 }
 
-inline Tails Fisher(Real F,
-                    Real df1,
-                    Real df2)
+inline Tails Fisher(Real F, Real df1, Real df2)
 {
     const Real whole = df1 * F + df2;
     return Beta(df1 / 2, df2 / 2, df1 * F / whole, df2 / whole);
 }
 
-inline Tails Student(Real t,
-                     Real df)
+inline Tails Student(Real t, Real df)
 {
     if (t == 0) return {Real(1) / 2, Real(1) / 2};
     const Tails two = Fisher(t * t, 1, df);

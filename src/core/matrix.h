@@ -1,9 +1,10 @@
 /**
  * matrix<T>: the one dense container of the library.
  *
- * Elements are stored column after column and counted from 1. Nothing fails on a bad index: a read outside gives
- * outOfRange and a write outside is dropped. Objects cross library boundaries by pointer, so the field order, the two
- * virtual slots and the meaning of each field are a contract: no base class, no derived class, no virtual destructor.
+ * Elements are stored column after column and counted from 1. Nothing fails on a bad index: a read outside
+ * gives outOfRange and a write outside is dropped. Objects cross library boundaries by pointer, so the field
+ * order, the two virtual slots and the meaning of each field are a contract: no base class, no derived class,
+ * no virtual destructor.
  */
 #pragma once
 
@@ -78,15 +79,15 @@ class matrix final
     T fillValue = T{};                                ///< what Redim fills with
     std::int32_t ownsData = 1;                        ///< 1: data was allocated here
     // Side arrays of kernel operations: carried, copied and freed here, used by nothing in this library.
-    double* colAux1 = nullptr;       ///< cols entries, copied when colAuxPresent is 1
-    double* colAux2 = nullptr;       ///< cols entries, copied when colAuxPresent is 1
-    double* aux3 = nullptr;          ///< never copied
-    double* aux4 = nullptr;          ///< never copied
-    double* rowAux = nullptr;        ///< rows entries
-    double* colAux5 = nullptr;       ///< cols entries
+    double* colAux1 = nullptr;          ///< cols entries, copied when colAuxPresent is 1
+    double* colAux2 = nullptr;          ///< cols entries, copied when colAuxPresent is 1
+    double* aux3 = nullptr;             ///< never copied
+    double* aux4 = nullptr;             ///< never copied
+    double* rowAux = nullptr;           ///< rows entries
+    double* colAux5 = nullptr;          ///< cols entries
     std::int32_t* colAuxInt = nullptr;  ///< cols entries
-    std::int32_t colAuxPresent = 0;  ///< 1: colAux1 and colAux2 are present
-    T* data = nullptr;               ///< elements, column after column
+    std::int32_t colAuxPresent = 0;     ///< 1: colAux1 and colAux2 are present
+    T* data = nullptr;                  ///< elements, column after column
     std::int32_t rows = 0;
     std::int32_t cols = 0;
     std::uint32_t total = 0;         ///< rows * cols, in 32 bits
@@ -117,18 +118,18 @@ class matrix final
     }
 
     /** Owning copy of a flat array of platform strings; null becomes empty. */
-    matrix(int rowCount, int colCount, BSTR* strings)
-        requires std::same_as<T, std::wstring>
+    matrix(int rowCount, int colCount, BSTR* strings) requires std::same_as<T, std::wstring>
         : matrix(rowCount, colCount)
     {
         std::transform(strings, strings + total, data, korvenrg::TextOf);
     }
 
-    /** Owning copy of elements and side arrays; outOfRange and fillValue get their defaults, not the source's. */
+    /** Owning copy of elements and side arrays; outOfRange and fillValue get their defaults, not the
+     * source's. */
     matrix(const matrix& source) : matrix(source.rows, source) {}
 
-    /** The copy with `rowCount` rows: rowCount * source.cols elements from the start of the source; cells that the
-     *  source does not have get 0. With a product of 0 nothing is allocated. */
+    /** The copy with `rowCount` rows: rowCount * source.cols elements from the start of the source; cells
+     * that the source does not have get 0. With a product of 0 nothing is allocated. */
     matrix(int rowCount, const matrix& source)
         : rows(rowCount), cols(source.cols), total(korvenrg::CountOfCells(rowCount, source.cols))
     {
@@ -139,9 +140,9 @@ class matrix final
         CopySideArrays(source);
     }
 
-    /** Attaches to an automation array whose elements are T. One dimension gives one column; with two or more, rows
-     *  and cols are its first two extents. A null array gives an empty owning matrix. Strings are converted into an
-     *  owned element array. */
+    /** Attaches to an automation array whose elements are T. One dimension gives one column; with two or
+     * more, rows and cols are its first two extents. A null array gives an empty owning matrix. Strings are
+     * converted into an owned element array. */
     explicit matrix(SAFEARRAY* array)
     {
         if (array == nullptr) return;
@@ -176,16 +177,16 @@ class matrix final
         delete[] colAuxInt;
     }
 
-    /** Slot 0. Element by linear index from 1; outside, the shared outOfRange cell itself, so that an assignment
-     *  through it changes what later reads outside give. */
+    /** Slot 0. Element by linear index from 1; outside, the shared outOfRange cell itself, so that an
+     * assignment through it changes what later reads outside give. */
     virtual T& operator()(int i)
     {
         const std::uint32_t position = LinearPosition(i);
         return position < total ? data[position] : outOfRange;
     }
 
-    /** Slot 1. Element (i, j) from 1. Only the linear position is tested: an i past the last row reads on into the
-     *  next column. */
+    /** Slot 1. Element (i, j) from 1. Only the linear position is tested: an i past the last row reads on
+     * into the next column. */
     virtual T& operator()(int i, int j)
     {
         const std::uint32_t position = LinearPosition(i, j);
@@ -207,7 +208,10 @@ class matrix final
     }
 
     /** Element (i, j) from 0. */
-    T getElement(int i, int j) const { return vbget(i + 1, j + 1); }
+    T getElement(int i, int j) const
+    {
+        return vbget(i + 1, j + 1);
+    }
 
     /** Writes by linear index from 1; outside, nothing happens. */
     void vbset(int i, const T& value)
@@ -223,12 +227,12 @@ class matrix final
         if (position < total) data[position] = value;
     }
 
-    // The three forms of Redim differ in when they take a new block: the first when either dimension changes, the
-    // other two only when both do. Callers rely on it. Pinned by Matrix.RedimTakesANewBlock.
+    // The three forms of Redim differ in when they take a new block: the first when either dimension changes,
+    // the other two only when both do. Callers rely on it. Pinned by Matrix.RedimTakesANewBlock.
 
-    /** New shape, filled with fillValue. On an adopting matrix the shape stays and the old block is filled. */
-    void Redim(int rowCount, int colCount)
-        requires std::same_as<T, double>
+    /** New shape, filled with fillValue. On an adopting matrix the shape stays and the old block is filled.
+     */
+    void Redim(int rowCount, int colCount) requires std::same_as<T, double>
     {
         RedimAttached(rowCount, colCount);
         if (ownsData == 1 && (rowCount != rows || colCount != cols)) Reallocate(rowCount, colCount);
@@ -236,33 +240,34 @@ class matrix final
     }
 
     /** New shape when both dimensions change; every element becomes `value`. */
-    void Redim(int rowCount, int colCount, double value)
-        requires std::same_as<T, double>
+    void Redim(int rowCount, int colCount, double value) requires std::same_as<T, double>
     {
         RedimAttached(rowCount, colCount);
         if (ownsData == 1 && rowCount != rows && colCount != cols) Reallocate(rowCount, colCount);
         std::fill_n(data, total, value);
     }
 
-    /** A vector of `rowCount` zeros when the row count changes and the matrix was not one column; else all zero. */
-    void Redim(int rowCount)
-        requires std::same_as<T, int>
+    /** A vector of `rowCount` zeros when the row count changes and the matrix was not one column; else all
+     * zero. */
+    void Redim(int rowCount) requires std::same_as<T, int>
     {
         RedimAttached(rowCount, 1);
         if (ownsData == 1 && rowCount != rows && cols != 1) Reallocate(rowCount, 1);
         std::fill_n(data, total, 0);
     }
 
-    /** Fills a caller's flat array with new platform strings, which the caller owns. What the array held is not
-     *  freed. */
-    void ExportStrings(BSTR* strings) const
-        requires std::same_as<T, std::wstring>
+    /** Fills a caller's flat array with new platform strings, which the caller owns. What the array held is
+     * not freed. */
+    void ExportStrings(BSTR* strings) const requires std::same_as<T, std::wstring>
     {
         std::transform(data, data + total, strings, korvenrg::NewString);
     }
 
   private:
-    static std::uint32_t LinearPosition(int i) { return static_cast<std::uint32_t>(i) - 1U; }
+    static std::uint32_t LinearPosition(int i)
+    {
+        return static_cast<std::uint32_t>(i) - 1U;
+    }
 
     std::uint32_t LinearPosition(int i, int j) const
     {
@@ -281,9 +286,9 @@ class matrix final
         total = count;
     }
 
-    // Resizes the attached platform array, when the element count asked for is not that of its first bound record.
-    // The platform changes that record alone (the last dimension), so it is set to hold at least the new shape; when
-    // it refuses, array and sizes stay.
+    // Resizes the attached platform array, when the element count asked for is not that of its first bound
+    // record. The platform changes that record alone (the last dimension), so it is set to hold at least the
+    // new shape; when it refuses, array and sizes stay.
     void RedimAttached(int rowCount, int colCount)
     {
         const std::uint32_t count = korvenrg::CountOfCells(rowCount, colCount);

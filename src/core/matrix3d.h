@@ -21,8 +21,7 @@ class matrix3D
     T** elements = nullptr;  ///< count pointers, owned, each block owned
 
     /** `blockCount` null pointers: the caller puts the blocks in. */
-    explicit matrix3D(int blockCount)
-        requires(!kDense)
+    explicit matrix3D(int blockCount) requires(!kDense)
         : count(blockCount), elements(new T*[SlotCount(blockCount)]())
     {
     }
@@ -56,8 +55,8 @@ class matrix3D
 
     matrix3D(const matrix3D&) = delete;
 
-    /** Shallow: afterwards both objects share the source's blocks, and the target's old blocks are not freed. One of
-     *  the two must be emptied (count 0, elements null) before both are destroyed. */
+    /** Shallow: afterwards both objects share the source's blocks, and the target's old blocks are not freed.
+     * One of the two must be emptied (count 0, elements null) before both are destroyed. */
     matrix3D& operator=(const matrix3D& source)
     {
         count = source.count;
@@ -66,38 +65,57 @@ class matrix3D
     }
 
     /** Reference to element (i, j) of block k, through the block's slot 1. */
-    double& operator()(int k, int i, int j)
-        requires kDense
+    double& operator()(int k, int i, int j) requires kDense
     {
         return (*Slot(k))(i, j);
     }
 
     /** Element (i, j) of block k. */
-    double vbget(int k, int i, int j) const { return Slot(k)->vbget(i, j); }
+    double vbget(int k, int i, int j) const
+    {
+        return Slot(k)->vbget(i, j);
+    }
 
     /** Element i of block k, by linear index. */
-    double vbget(int k, int i) const { return Slot(k)->vbget(i); }
+    double vbget(int k, int i) const
+    {
+        return Slot(k)->vbget(i);
+    }
 
     /** Writes (i, j) of block k. */
-    void vbset(int k, int i, int j, double value) { Slot(k)->vbset(i, j, value); }
+    void vbset(int k, int i, int j, double value)
+    {
+        Slot(k)->vbset(i, j, value);
+    }
 
     /** Writes element i of block k, by linear index. */
-    void vbset(int k, int i, double value) { Slot(k)->vbset(i, value); }
+    void vbset(int k, int i, double value)
+    {
+        Slot(k)->vbset(i, value);
+    }
 
     /** Block k, counted from 1. */
-    T* vbget(int k) const { return Slot(k); }
+    T* vbget(int k) const
+    {
+        return Slot(k);
+    }
 
     /** Block at position k counted from 0: the one operation of the class that counts so. */
-    T* getElement(int k) const
-        requires(!kDense)
+    T* getElement(int k) const requires(!kDense)
     {
         return elements[k];
     }
 
   private:
-    static std::size_t SlotCount(int blockCount) { return blockCount > 0 ? static_cast<std::size_t>(blockCount) : 0; }
+    static std::size_t SlotCount(int blockCount)
+    {
+        return blockCount > 0 ? static_cast<std::size_t>(blockCount) : 0;
+    }
 
-    T*& Slot(int k) const { return elements[k - 1]; }
+    T*& Slot(int k) const
+    {
+        return elements[k - 1];
+    }
 };
 
 extern template class KORVENRG_API matrix3D<matrix<double>>;

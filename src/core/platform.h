@@ -1,10 +1,10 @@
 /**
  * The platform layer: the export macro, automation strings (BSTR) and automation arrays (SAFEARRAY).
  *
- * On Windows these are the system's own types and functions. Elsewhere the same declarations stand here, with the
- * same memory layout and the same meaning, and the shared library exports the functions, so that a client can make
- * strings and arrays for its calls. This header is C as well as C++; it and its two source files are the only place
- * that asks which platform it is.
+ * On Windows these are the system's own types and functions. Elsewhere the same declarations stand here, with
+ * the same memory layout and the same meaning, and the shared library exports the functions, so that a client
+ * can make strings and arrays for its calls. This header is C as well as C++; it and its two source files are
+ * the only place that asks which platform it is.
  */
 #ifndef KORVENRG_CORE_PLATFORM_H
 #define KORVENRG_CORE_PLATFORM_H
@@ -37,8 +37,8 @@
 /** One character of platform text. 4 bytes here, 2 on Windows. */
 typedef wchar_t OLECHAR;
 
-/** Points at the first character; the byte length stands in the 4 bytes before it, a zero character after the text.
- *  Null is the empty string. */
+/** Points at the first character; the byte length stands in the 4 bytes before it, a zero character after the
+ * text. Null is the empty string. */
 typedef OLECHAR* BSTR;
 
 /** 16-bit boolean: -1 true, 0 false. */
@@ -57,7 +57,8 @@ typedef int32_t HRESULT;
 
 /** Element type of an automation array. */
 typedef uint16_t VARTYPE;
-enum {
+enum
+{
     VT_I2 = 2,
     VT_I4 = 3,
     VT_R4 = 4,
@@ -69,20 +70,23 @@ enum {
 };
 
 /** Feature bits of a descriptor that this layer sets or honours. */
-enum {
+enum
+{
     FADF_FIXEDSIZE = 0x0010,
     FADF_HAVEVARTYPE = 0x0080,
     FADF_BSTR = 0x0100
 };
 
 /** Extent of one dimension. */
-typedef struct SAFEARRAYBOUND {
+typedef struct SAFEARRAYBOUND
+{
     uint32_t cElements; /**< number of elements */
     int32_t lLbound;    /**< index of the first one */
 } SAFEARRAYBOUND;
 
 /** Array descriptor. rgsabound has cDims records, the rightmost dimension first. */
-typedef struct SAFEARRAY {
+typedef struct SAFEARRAY
+{
     uint16_t cDims;
     uint16_t fFeatures;
     uint32_t cbElements;
@@ -97,7 +101,8 @@ extern "C" {
 
 /** New string with the text up to the first zero character; null for null. */
 KORVENRG_API BSTR SysAllocString(const OLECHAR* text);
-/** New string of `length` characters, copied from `text`, or all zero when `text` is null. Null when memory is out. */
+/** New string of `length` characters, copied from `text`, or all zero when `text` is null. Null when memory
+ * is out. */
 KORVENRG_API BSTR SysAllocStringLen(const OLECHAR* text, unsigned length);
 /** Replaces *string by a new one; `text` may lie inside the old one. Gives 0 when memory is out, else 1. */
 KORVENRG_API int SysReAllocStringLen(BSTR* string, const OLECHAR* text, unsigned length);
@@ -108,13 +113,13 @@ KORVENRG_API unsigned SysStringLen(BSTR string);
 /** Number of bytes; 0 for null. */
 KORVENRG_API unsigned SysStringByteLen(BSTR string);
 
-/** New zero-filled array; `bounds` runs from the leftmost dimension to the rightmost. Null for a type outside the list
- *  above, for no dimensions, or when memory is out. */
+/** New zero-filled array; `bounds` runs from the leftmost dimension to the rightmost. Null for a type outside
+ * the list above, for no dimensions, or when memory is out. */
 KORVENRG_API SAFEARRAY* SafeArrayCreate(VARTYPE type, unsigned dimensions, SAFEARRAYBOUND* bounds);
 /** Frees data and descriptor, strings included. A locked array stays and DISP_E_ARRAYISLOCKED comes back. */
 KORVENRG_API HRESULT SafeArrayDestroy(SAFEARRAY* array);
-/** Changes the rightmost dimension to *bound (count and base). Keeps the data, fills growth with zero, frees strings
- *  that fall off. Refuses a locked or fixed-size array. */
+/** Changes the rightmost dimension to *bound (count and base). Keeps the data, fills growth with zero, frees
+ * strings that fall off. Refuses a locked or fixed-size array. */
 KORVENRG_API HRESULT SafeArrayRedim(SAFEARRAY* array, SAFEARRAYBOUND* bound);
 /** Number of dimensions; 0 for null. */
 KORVENRG_API unsigned SafeArrayGetDim(SAFEARRAY* array);
@@ -138,7 +143,8 @@ KORVENRG_API HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
 KORVENRG_API HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, int32_t* indices, void** element);
 /** Copies one element out; a string element comes as a new string. */
 KORVENRG_API HRESULT SafeArrayGetElement(SAFEARRAY* array, int32_t* indices, void* value);
-/** Copies one element in; for strings `value` is the string itself, its text is copied and the old string freed. */
+/** Copies one element in; for strings `value` is the string itself, its text is copied and the old string
+ * freed. */
 KORVENRG_API HRESULT SafeArrayPutElement(SAFEARRAY* array, int32_t* indices, void* value);
 
 #ifdef __cplusplus

@@ -80,7 +80,8 @@ SAFEARRAY* SafeArrayCreate(VARTYPE type, unsigned dimensions, SAFEARRAYBOUND* bo
     const std::uint32_t elementBytes = BytesOfType(type);
     if (elementBytes == 0 || dimensions == 0 || dimensions > UINT16_MAX || bounds == nullptr) return nullptr;
 
-    const std::size_t bytes = kHiddenBytes + offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
+    const std::size_t bytes =
+        kHiddenBytes + offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
     auto* block = static_cast<char*>(std::calloc(1, bytes));
     if (block == nullptr) return nullptr;
     auto* array = reinterpret_cast<SAFEARRAY*>(block + kHiddenBytes);

@@ -9,8 +9,8 @@
 
 namespace {
 
-// A string's allocation starts this many bytes before its text: 4 bytes of padding, so that the text keeps an 8-byte
-// alignment, then the 4-byte length.
+// A string's allocation starts this many bytes before its text: 4 bytes of padding, so that the text keeps an
+// 8-byte alignment, then the 4-byte length.
 constexpr std::size_t kTextOffset = 8;
 
 std::uint32_t& ByteLengthOf(BSTR string)

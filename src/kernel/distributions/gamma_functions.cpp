@@ -16,14 +16,16 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kHalfLogTwoPi = 0.918938533204672741780;
 constexpr TwoDouble kHalfLogTwoPiPair = {0.9189385332046728, -3.8782941580672414e-17};
-constexpr double kStirlingStart = 8.0;       // the Stirling series reaches full accuracy from here
+constexpr double kStirlingStart = 8.0;        // the Stirling series reaches full accuracy from here
 constexpr double kShortStirlingStart = 32.0;  // and needs five terms from here
-constexpr double kPolygammaStart = 10.0;     // likewise the asymptotic series of digamma and trigamma
-constexpr double kLogGammaStirling = 3.0;    // from here (z - 1/2) log z - z + ... loses no digits to cancellation
-constexpr double kGammaStirling = 24.0;      // below it gamma is a product down to 1..2, exact at integers
+constexpr double kPolygammaStart = 10.0;      // likewise the asymptotic series of digamma and trigamma
+constexpr double kLogGammaStirling =
+    3.0;  // from here (z - 1/2) log z - z + ... loses no digits to cancellation
+constexpr double kGammaStirling = 24.0;  // below it gamma is a product down to 1..2, exact at integers
 constexpr double kGammaOverflow = 171.7;
-constexpr double kGammaUnderflow = -184.0;   // gamma rounds to 0 below
-constexpr double kTinyForGamma = 1e-16;      // gamma(x) = 1/x to the last digit below
+constexpr double kGammaUnderflow = -184.0;  // gamma rounds to 0 below
+constexpr double kTinyForGamma = 1e-16;     // gamma(x) = 1/x to the last digit below
+constexpr double kLogRatioSeriesEnd = 0.3;  // log1p(x) - x by its series up to here
 constexpr double kErfSeriesEnd = 0.75;
 constexpr double kErfcxMiddleStart = 2.0;
 constexpr double kErfcxFarStart = 6.0;
@@ -94,15 +96,16 @@ double GammaByProduct(double x)
     return product / Polynomial(kReciprocalGammaFrom1, 2 * x - 3);
 }
 
-/** log gamma(x) for x >= kGammaStirling as a two-double, (x - 1/2) (log x - 1) + (log(2 pi) - 1) / 2 + delta(x). */
+/** log gamma(x) for x >= kGammaStirling as a two-double, (x - 1/2) (log x - 1) + (log(2 pi) - 1) / 2 +
+ * delta(x). */
 TwoDouble StirlingExponent(double x)
 {
     const TwoDouble main = Multiply(Add(Log({x, 0}), -1), x - 0.5);
     return Add(main, Add(Add(kHalfLogTwoPiPair, -0.5), StirlingError(x)));
 }
 
-/** gamma(x) for x < 0 from gamma(x) gamma(-x) = -pi / (x sin(pi x)) (Abramowitz & Stegun 1964, 6.1.17): -x is exact,
-    1 - x would not be. */
+/** gamma(x) for x < 0 from gamma(x) gamma(-x) = -pi / (x sin(pi x)) (Abramowitz & Stegun 1964, 6.1.17): -x is
+   exact, 1 - x would not be. */
 double GammaByReflection(double x)
 {
     if (x < kGammaUnderflow) return 0;
@@ -162,12 +165,36 @@ double ErfcTail(double z)
 double StirlingError(double z)
 {
     if (z >= kStirlingStart) return StirlingSeries(z);
+    const double halves = 2 * z;
+    const int index = static_cast<int>(halves);
+    if (halves == index && index > 0) return kStirlingOfHalves[index];
     if (z >= 4) return Polynomial(kStirlingFrom4, 0.5 * (z - 6));
     if (z >= 2) return Polynomial(kStirlingFrom2, z - 3);
     if (z >= 1) return Polynomial(kStirlingFrom1, 2 * z - 3);
     // gamma(z) = gamma(z + 1) / z; log(1 + 1/z) is taken apart where 1/z would overflow the correction
     const double logRatio = z > kTinyForGamma ? std::log1p(1 / z) : -std::log(z);
     return StirlingError(z + 1) + ((z + 0.5) * logRatio - 1);
+}
+
+// B(a, b) = sqrt(2 pi r / (a b)) (a/r)^a (b/r)^b exp(delta(a) + delta(b) - delta(r)), r = a + b.
+double LogBeta(double a, double b)
+{
+    const double small = std::fmin(a, b);
+    const double large = std::fmax(a, b);
+    const double sum = a + b;
+    const double powers = small * std::log(small / sum) - large * std::log1p(small / large);
+    const double corrections = (StirlingError(large) - StirlingError(sum)) + StirlingError(small);
+    return powers + corrections + 0.5 * std::log(2 * kPi / small * (sum / large));
+}
+
+// r = x / (2 + x): log1p(x) = 2 (r + r^3/3 + ...) and 2 r - x = -r x, so log1p(x) - x = r (2 r^2/3 + 2 r^4/5
+// + ... - x).
+double Log1pMinusX(double x)
+{
+    if (std::fabs(x) > kLogRatioSeriesEnd) return std::log1p(x) - x;
+    const double r = x / (2 + x);
+    const double square = r * r;
+    return r * (square * Polynomial(kLogRatioSeries, square) - x);
 }
 
 double ScaledErfc(double z)
@@ -201,7 +228,8 @@ double GammaLn(double x)
     return std::log(-kPi / (x * std::fabs(SinPi(x)))) - LogGammaOfPositive(-x);
 }
 
-// Below 1: psi(x) = psi(x + 1) - 1/x; below 0: psi(x) = psi(1 - x) - pi cot(pi x) (Abramowitz & Stegun 1964, 6.3.5-7).
+// Below 1: psi(x) = psi(x + 1) - 1/x; below 0: psi(x) = psi(1 - x) - pi cot(pi x) (Abramowitz & Stegun
+// 1964, 6.3.5-7).
 double Digamma(double x)
 {
     if (std::isnan(x) || x == -kInfinity || IsPole(x)) return kNaN;
@@ -236,16 +264,16 @@ double derfc(double x)
     return x > -kErfSeriesEnd ? 1 - ErfOfSmall(x) : 2 - ErfcTail(-x);
 }
 
-// C(n, k) = sqrt(n / (2 pi k m)) (n/k)^k (n/m)^m exp(delta(n) - delta(k) - delta(m)), m = n - k: no large terms cancel.
-// For k below 1 the result itself is of the size of k, so each term is:
-// log [gamma(z + k) / gamma(z)] = (z - 1/2) log(1 + k/z) + k log(z + k) - k + delta(z + k) - delta(z) with z = m + 1.
-double cLogCnk(double n,
-               double k)
+// C(n, k) = sqrt(n / (2 pi k m)) (n/k)^k (n/m)^m exp(delta(n) - delta(k) - delta(m)), m = n - k: no large
+// terms cancel. For k below 1 the result itself is of the size of k, so each term is: log [gamma(z + k) /
+// gamma(z)] = (z - 1/2) log(1 + k/z) + k log(z + k) - k + delta(z + k) - delta(z) with z = m + 1.
+double cLogCnk(double n, double k)
 {
     if (std::isnan(n) || std::isnan(k) || n < 0) return kNaN;
     if (k < 0 || k > n) return -kInfinity;
     k = std::fmin(k, n - k);
     if (k == 0) return 0;
+    if (std::isinf(n)) return kInfinity;
     const double m = n - k;
     if (k < 1) {
         const double z = m + 1;
@@ -253,5 +281,6 @@ double cLogCnk(double n,
         return ratio + (StirlingError(z + k) - StirlingError(z)) - LogGammaOf1Plus(k);
     }
     const double powers = k * std::log(n / k) - m * std::log1p(-k / n);
-    return powers + 0.5 * std::log(n / (2 * kPi * k * m)) + (StirlingError(n) - StirlingError(k) - StirlingError(m));
+    return powers + 0.5 * std::log(n / (2 * kPi * k * m)) +
+           (StirlingError(n) - StirlingError(k) - StirlingError(m));
 }

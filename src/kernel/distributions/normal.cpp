@@ -63,8 +63,7 @@ double QuantileOfTail(double tail)
 
 }  // namespace
 
-double CDFNormalStd(double z,
-                    short lower)
+double CDFNormalStd(double z, short lower)
 {
     if (std::isnan(z)) return z;
     const bool isFarTail = (z < 0) == (lower != 0);

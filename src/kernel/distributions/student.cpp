@@ -3,10 +3,12 @@
 #include <cmath>
 #include <limits>
 
+#include "kernel/distributions/degrees_of_freedom.h"
 #include "kernel/distributions/gamma_functions.h"
 #include "kernel/distributions/incomplete_beta.h"
 #include "kernel/distributions/normal.h"
 #include "kernel/distributions/quantile_search.h"
+#include "kernel/distributions/student_expansion.h"
 
 using namespace korvenrg::distributions;
 
@@ -14,20 +16,25 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kLeastOdds = 1e-200;     // t^2 / df outside this range leaves one term of the tail only
+constexpr double kLeastOdds = 1e-200;  // t^2 / df outside this range leaves one term of the tail only
 constexpr double kMostOdds = 1e200;
-constexpr double kCentralStart = 0.25;    // tails above it: the quantile is sought by the probability between 0 and t
-constexpr double kPowerTailOdds = 30.0;   // t^2 / df from which the tail's power law starts the search (tuned)
+constexpr double kCentralStart =
+    0.25;  // tails above it: the quantile is sought by the probability between 0 and t
+constexpr double kLogLargest = 709.78;   // log of the largest double
+constexpr double kPowerTailOdds = 30.0;  // t^2 / df from which the tail's power law starts the search (tuned)
 
 /** P(|T| <= t) and P(|T| > t) for 0 < t < infinity and finite df, with derivatives by log t:
-    t^2 / df are the odds of a beta variable with parameters 1/2 and df/2 (Abramowitz & Stegun 1964, 26.7.1). */
-TailPair TwoSidedTails(double t,
-                       double df)
+    t^2 / df are the odds of a beta variable with parameters 1/2 and df/2 (Abramowitz & Stegun 1964, 26.7.1).
+ */
+TailPair TwoSidedTails(double t, double df)
 {
+    if (HasStudentExpansion(t, df)) return StudentTailsByExpansion(t, df);
     const double odds = t / df * t;
     TailPair tails;
     if (odds > kLeastOdds && odds < kMostOdds) {
-        tails = BetaTails(0.5, 0.5 * df, PointOfOdds(Divide(ExactProduct(t, t), df)));
+        const double y = 1 / (1 + odds);
+        tails =
+            BetaTails(0.5, 0.5 * df, {odds * y, y, 0.5 * (1 - t) * (1 + t) * y, ExactProduct(t, t), {df, 0}});
     } else {
         const TwoDouble logT = Log({t, 0});
         const TwoDouble logOdds = Add(Add(logT, logT), Negative(Log({df, 0})));
@@ -45,8 +52,7 @@ struct HalfTails
     double beyond;
 };
 
-HalfTails HalfTailsAt(double t,
-                      double df)
+HalfTails HalfTailsAt(double t, double df)
 {
     if (t == 0) return {0, 0.5};
     if (std::isinf(t)) return {0.5, 0};
@@ -56,33 +62,29 @@ HalfTails HalfTailsAt(double t,
 }
 
 /** log t where the power law P(|T| > t) = (df / t^2)^(df/2) / (df/2 B(1/2, df/2)) reaches the probability. */
-double PowerTailLog(double probability,
-                    double df)
+double PowerTailLog(double probability, double df)
 {
     const double b = 0.5 * df;
-    const double logBeta = GammaLn(0.5) + GammaLn(b) - GammaLn(b + 0.5);
-    return 0.5 * (std::log(df) - (std::log(probability) + std::log(b) + logBeta) / b);
+    return 0.5 * (std::log(df) - (std::log(probability) + std::log(b) + LogBeta(0.5, b)) / b);
 }
 
 /** The start of the quantile: the power law far out, otherwise the inverse of
-    z = (8 df + 1) / (8 df + 3) sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on normal approximations to
-    Student's and the chi-square distributions. */
-double QuantileStart(double tail,
-                     double df)
+    z = (8 df + 1) / (8 df + 3) sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on normal
+   approximations to Student's and the chi-square distributions. */
+double QuantileStart(double tail, double df)
 {
     const double z = InvCDFNormalStd(1 - tail) * (8 * df + 3) / (8 * df + 1);
     return std::sqrt(df * std::expm1(z * z / df));
 }
 
 /** t > 0 with P(T > t) = tail, 0 < tail < 1/2. */
-double QuantileOfTail(double tail,
-                      double df)
+double QuantileOfTail(double tail, double df)
 {
     if (df >= kInfiniteDf) return -InvCDFNormalStd(tail);
     const bool isCentral = tail > kCentralStart;
     const TailTarget target = {2 * (isCentral ? 0.5 - tail : tail), isCentral};
     const double logPower = PowerTailLog(2 * tail, df);
-    if (logPower > 709) return kInfinity;
+    if (logPower > kLogLargest) return kInfinity;
     double start = std::exp(logPower);
     if (start / df * start < kPowerTailOdds) start = QuantileStart(tail, df);
     return SearchQuantile([df](double t) { return TwoSidedTails(t, df); }, target, start);
@@ -90,28 +92,25 @@ double QuantileOfTail(double tail,
 
 }  // namespace
 
-double CDFStudent(double t,
-                  double df,
-                  short lower)
+double CDFStudent(double t, double df, short lower)
 {
-    if (std::isnan(t) || !(df > 0)) return kNaN;
-    const HalfTails half = HalfTailsAt(std::fabs(t), df);
+    if (std::isnan(t) || !IsDf(df)) return kNaN;
+    const HalfTails half = HalfTailsAt(std::fabs(t), AtLeastSmallestDf(df));
     const bool isFarTail = (t < 0) == (lower != 0);
     return isFarTail ? half.beyond : 0.5 + half.between;
 }
 
-double pValStudent(double t,
-                   double df)
+double pValStudent(double t, double df)
 {
     return CDFStudent(std::fabs(t), df, 0);
 }
 
-double InvCDFStudent(double p,
-                     double df)
+double InvCDFStudent(double p, double df)
 {
-    if (!(p >= 0 && p <= 1) || !(df > 0)) return kNaN;
+    if (!(p >= 0 && p <= 1) || !IsDf(df)) return kNaN;
     if (p == 0) return -kInfinity;
     if (p == 1) return kInfinity;
     if (p == 0.5) return 0;
+    df = AtLeastSmallestDf(df);
     return p < 0.5 ? -QuantileOfTail(p, df) : QuantileOfTail(1 - p, df);
 }

@@ -10,13 +10,14 @@ namespace korvenrg::distributions {
 
 namespace {
 
-constexpr int kGridPerUnit = 128;        // spacing of kLogOfGrid
-constexpr int kFirstGridPoint = 90;      // its first entry is log(90 / 128)
-constexpr double kRootHalf = 90.5 / 128;  // fractions below it are doubled, so that fraction * 128 rounds to 91..181
+constexpr int kGridPerUnit = 128;    // spacing of kLogOfGrid
+constexpr int kFirstGridPoint = 90;  // its first entry is log(90 / 128)
+constexpr double kRootHalf =
+    90.5 / 128;  // fractions below it are doubled, so that fraction * 128 rounds to 91..181
 constexpr double kSmallestNormal = 0x1p-1022;
 constexpr double kLiftOfSubnormals = 0x1p64;
 constexpr int kLiftExponent = 64;
-constexpr double kDeepTail = -600.0;     // exp is taken in two halves below this exponent
+constexpr double kDeepTail = -600.0;  // exp is taken in two halves below this exponent
 
 struct Decomposed
 {
@@ -55,8 +56,8 @@ Decomposed Decompose(TwoDouble value)
 
 }  // namespace
 
-// value = 2^e f, f = c (1 + s) / (1 - s) with c the nearest grid point: log f = log c + 2 (s + s^3/3 + s^5/5 + ...),
-// |s| < 2^-8, so the terms from s^5 on fit one double.
+// value = 2^e f, f = c (1 + s) / (1 - s) with c the nearest grid point: log f = log c + 2 (s + s^3/3 + s^5/5
+// + ...), |s| < 2^-8, so the terms from s^5 on fit one double.
 TwoDouble Log(TwoDouble value)
 {
     const auto [fraction, exponent] = Decompose(value);
@@ -79,8 +80,7 @@ TwoDouble Log(TwoDouble value)
     return Add(result, kLog2Head * exponent);
 }
 
-double TimesExp(double factor,
-                TwoDouble exponent)
+double TimesExp(double factor, TwoDouble exponent)
 {
     if (exponent.high > kDeepTail) {
         const double main = factor * std::exp(exponent.high);

@@ -1,5 +1,5 @@
-/** Arithmetic on unevaluated sums of two doubles, about 106 bits: carries the exponents of densities and the arguments of
-    the incomplete functions, where a rounding of one double would cost the tail its last digits.
+/** Arithmetic on unevaluated sums of two doubles, about 106 bits: carries the exponents of densities and the
+   arguments of the incomplete functions, where a rounding of one double would cost the tail its last digits.
     Sources: T. J. Dekker (1971), A floating-point technique for extending the available precision;
     D. E. Knuth (1981), The Art of Computer Programming 2, section 4.2.2. */
 #pragma once
@@ -95,7 +95,6 @@ inline TwoDouble Divide(TwoDouble a, double b)
 TwoDouble Log(TwoDouble value);
 
 /** factor * exp(exponent); keeps its digits where exp alone would already be subnormal. */
-double TimesExp(double factor,
-                TwoDouble exponent);
+double TimesExp(double factor, TwoDouble exponent);
 
 }  // namespace korvenrg::distributions

@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
-#include <numeric>
 #include <utility>
 
 namespace {
 
-/** Products of the factors of a binomial coefficient stay exact below this limit: 2^63 / the largest int. */
+/** Coefficients below this limit times an int fit in 64 bits. */
 constexpr std::uint64_t kExactFactor = std::uint64_t{1} << 32;
 
 /** a * b with the part that rounding cuts off. */
@@ -19,19 +17,19 @@ struct RoundedProduct
     double error;
 };
 
-RoundedProduct MultiplyWithError(double a,
-                                 double b)
+RoundedProduct MultiplyWithError(double a, double b)
 {
     const double value = a * b;
     return {value, std::fma(a, b, -value)};
 }
 
-/** C(n, k) as a double with a running correction, for those beyond 64-bit integers. Stops at infinity. */
-double CnkInFloatingPoint(int n,
-                          int k)
+/** C(n, k) as a double with a running correction, for those beyond 64-bit integers. Formed scaled down, so
+   that a product before its division overflows only with the result. Stops at infinity. */
+double CnkInFloatingPoint(int n, int k)
 {
-    double value = 1;
-    double correction = 0;  // relative size at most k ulps, added at the end
+    constexpr double kScale = 0x1p-64;
+    double value = kScale;
+    double correction = 0;
     for (int i = 1; i <= k && !std::isinf(value); i++) {
         const double factor = static_cast<double>(n - k) + i;
         const auto [product, productError] = MultiplyWithError(value, factor);
@@ -40,7 +38,7 @@ double CnkInFloatingPoint(int n,
         value = quotient;
         correction = rest / i;
     }
-    return std::isinf(value) ? value : value + correction;
+    return std::isinf(value) ? value : (value + correction) / kScale;
 }
 
 }  // namespace
@@ -60,14 +58,12 @@ double Pi()
     return 3.14159265358979323846;
 }
 
-double Min(double a,
-           double b)
+double Min(double a, double b)
 {
     return b < a ? b : a;
 }
 
-double Max(double a,
-           double b)
+double Max(double a, double b)
 {
     return b > a ? b : a;
 }
@@ -77,9 +73,9 @@ double FSgn(double x)
     return (x > 0) - (x < 0);
 }
 
-// C(n, i) = C(n, i-1) (n - k + i) / i from i = 1: each quotient is itself a binomial coefficient, hence exact.
-double Cnk(int n,
-           int k)
+// C(n, i) = C(n, i-1) (n - k + i) / i from i = 1: each quotient is itself a binomial coefficient, hence
+// exact.
+double Cnk(int n, int k)
 {
     if (k < 0 || k > n) return 0;
     k = std::min(k, n - k);
@@ -91,8 +87,7 @@ double Cnk(int n,
     return static_cast<double>(value);
 }
 
-void SwapDbl(double& a,
-             double& b)
+void SwapDbl(double& a, double& b)
 {
     std::swap(a, b);
 }

@@ -11,21 +11,17 @@ double Log10(double x);
 double Pi();
 
 /** The smaller of two numbers; a when either is NaN or both are equal. */
-double Min(double a,
-           double b);
+double Min(double a, double b);
 
 /** The larger of two numbers; a when either is NaN or both are equal. */
-double Max(double a,
-           double b);
+double Max(double a, double b);
 
 /** The sign of x: -1, 0 or 1; NaN gives 0. */
 double FSgn(double x);
 
-/** The number of subsets of k among n objects: exact while it is below 2^53, correctly rounded or one ulp off beyond,
-    infinity beyond the double range. k below 0 or above n gives 0. */
-double Cnk(int n,
-           int k);
+/** The number of subsets of k among n objects: exact while it is below 2^53, correctly rounded or one ulp off
+   beyond, infinity beyond the double range. k below 0 or above n gives 0. */
+double Cnk(int n, int k);
 
 /** Exchanges two numbers. */
-void SwapDbl(double& a,
-             double& b);
+void SwapDbl(double& a, double& b);

@@ -1,0 +1,106 @@
+#include "csv_output.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "user_error.h"
+
+namespace korvenrg::frontend {
+namespace {
+
+namespace fs = std::filesystem;
+
+/** Files under temporary names; those that have not got their own name at the end are removed, and so is the
+ * folder if this run made it and it is still empty. */
+class PendingFiles
+{
+  public:
+    explicit PendingFiles(const fs::path& folder) : folder_(folder)
+    {
+        std::error_code error;
+        folderIsNew_ = fs::create_directories(folder_, error);
+        if (error || !fs::is_directory(folder_)) Fail();
+    }
+    ~PendingFiles()
+    {
+        std::error_code ignored;
+        for (const fs::path& name : names_)
+            fs::remove(TemporaryName(name), ignored);
+        if (folderIsNew_) fs::remove(folder_, ignored);  // refuses a folder that holds anything
+    }
+    PendingFiles(const PendingFiles&) = delete;
+    PendingFiles& operator=(const PendingFiles&) = delete;
+
+    void Write(const std::string& name, const std::string& content)
+    {
+        names_.push_back(folder_ / name);
+        if (fs::is_directory(names_.back())) Fail();
+        std::ofstream file(TemporaryName(names_.back()), std::ios::binary | std::ios::trunc);
+        file << content;
+        file.close();
+        if (!file) Fail();
+    }
+
+    void Commit()
+    {
+        for (const fs::path& name : names_) {
+            std::error_code error;
+            fs::rename(TemporaryName(name), name, error);
+            if (error) Fail();
+        }
+    }
+
+  private:
+    static fs::path TemporaryName(fs::path name)
+    {
+        return name += ".unfinished";
+    }
+
+    [[noreturn]] void Fail() const
+    {
+        throw UserError(fmt::format("cannot write into the folder {}", folder_.string()));
+    }
+
+    fs::path folder_;
+    bool folderIsNew_ = false;
+    std::vector<fs::path> names_;
+};
+
+std::string Quoted(const std::string& text)
+{
+    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+    std::string quoted = "\"";
+    for (char letter : text)
+        quoted += letter == '"' ? std::string("\"\"") : std::string(1, letter);
+    return quoted + "\"";
+}
+
+std::string CsvText(const ResultTable& table)
+{
+    std::string text = Quoted(table.labelHead);
+    for (const ResultTable::Column& column : table.columns)
+        text += "," + Quoted(column.head);
+    text += table.hasNotes ? ",Note\n" : "\n";
+    for (const ResultTable::Row& row : table.rows) {
+        text += Quoted(row.label);
+        for (double cell : row.cells)
+            text += IsMissing(cell) ? "," : fmt::format(",{:.17g}", cell);
+        text += table.hasNotes ? "," + Quoted(row.note) + "\n" : "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
+void WriteCsvFiles(const std::vector<ResultTable>& tables, const std::string& folder)
+{
+    PendingFiles files(folder);
+    for (const ResultTable& table : tables)
+        files.Write(table.fileName, CsvText(table));
+    files.Commit();
+}
+
+}  // namespace korvenrg::frontend

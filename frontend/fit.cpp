@@ -1,0 +1,121 @@
+#include "fit.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "korvenrg.h"
+#include "user_error.h"
+
+namespace korvenrg::frontend {
+namespace {
+
+constexpr int kNoColumnEntered = -5;
+
+std::vector<double> OptionVector(const Options& options)
+{
+    std::vector<double> info(17, 0.0);
+    const auto position = [&info](std::size_t fromOne) -> double& { return info[fromOne - 1]; };
+    position(1) = options.intercept ? 1.0 : 0.0;
+    position(2) = options.intercept.value_or(0.0);
+    position(3) = options.tolerance;
+    position(5) = -1.0;  // no selection
+    position(11) = options.alpha;
+    position(15) = static_cast<double>(options.constraint);
+    position(17) = 1.0;  // covariance of the reported parameters
+    return info;
+}
+
+}  // namespace
+
+Fit::Fit(std::size_t n, std::size_t p)
+    : statistics(15, 2),
+      anova(3, 5),
+      parameters(p + 1, 6),
+      standardised(p, 6),
+      covariance(p + 1, p + 1, 0.0),
+      predictions(n, 1),
+      intervals(n, 6),
+      residuals(n, 3),
+      cooksDistance(n, 1),
+      leaveOneOut(n, 1)
+{
+}
+
+Fit FitModel(const ModelData& data, const Design& design, const Options& options)
+{
+    const auto n = static_cast<std::size_t>(design.rows);
+    const auto p = static_cast<std::size_t>(design.columns);
+    const auto factors = static_cast<std::size_t>(design.factors);
+
+    Fit fit(n, p);
+    fit.states = design.states;
+    Design input = design;  // the door takes all arrays as writable
+    std::vector<double> response = data.response;
+    std::vector<double> caseWeights(n, 1.0);
+    std::vector<double> regressionWeights = data.weights;
+    std::vector<double> info = OptionVector(options);
+    const auto active = std::count(design.factorActive.begin(), design.factorActive.end(), 1);
+
+    int columnsInModel = 0;
+    int bestModel = 0;
+    NumberTable models(2 * p, factors + 12, 0.0);
+    NumberTable typeOne(factors, 5);
+    NumberTable typeTwo(factors, 5);
+    NumberTable typeThree(factors, 5);
+    NumberTable typeFour(factors, 5);
+    NumberTable rawCoefficients(p + 1, 1);
+    NumberTable coefficients(p + 1, 1);
+    NumberTable swept(p + 1, p + 1);
+    NumberTable means(p + 1, 1);
+    NumberTable deviations(p + 1, 1);
+
+    const int outcome = RunOLS1(design.rows,
+                                design.columns,
+                                response.data(),
+                                input.table.data(),
+                                caseWeights.data(),
+                                regressionWeights.data(),
+                                design.factors,
+                                design.interlevel,
+                                static_cast<int>(active),
+                                input.factorType.data(),
+                                input.factorActive.data(),
+                                input.factorNbVars.data(),
+                                input.factorVariables.data(),
+                                input.factorNbColumns.data(),
+                                input.parents.data(),
+                                input.frequencies.data(),
+                                input.reportedFrom.data(),
+                                info.data(),
+                                &columnsInModel,
+                                models.data(),
+                                &bestModel,
+                                fit.states.data(),
+                                fit.statistics.data(),
+                                fit.anova.data(),
+                                typeOne.data(),
+                                typeTwo.data(),
+                                typeThree.data(),
+                                typeFour.data(),
+                                rawCoefficients.data(),
+                                coefficients.data(),
+                                fit.parameters.data(),
+                                fit.standardised.data(),
+                                fit.covariance.data(),
+                                fit.predictions.data(),
+                                fit.intervals.data(),
+                                fit.residuals.data(),
+                                fit.cooksDistance.data(),
+                                fit.leaveOneOut.data(),
+                                swept.data(),
+                                means.data(),
+                                deviations.data());
+    if (outcome == kNoColumnEntered) {
+        throw UserError("no column can enter the model: all are constant or refused by --tolerance");
+    }
+    if (outcome != 0) throw UserError(fmt::format("the fit stopped with code {}", outcome));
+    return fit;
+}
+
+}  // namespace korvenrg::frontend

@@ -1,0 +1,151 @@
+#include "report.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+#include "platform_text.h"
+
+namespace korvenrg::frontend {
+namespace {
+
+constexpr double kSmallestPrintedProbability = 0.0001;
+
+std::string CellText(double value, ColumnKind kind)
+{
+    if (IsMissing(value)) return ".";
+    if (kind == ColumnKind::kNumber) return fmt::format("{:.6g}", value);
+    if (value < kSmallestPrintedProbability) return "< 0.0001";
+    return fmt::format("{:.4f}", value);
+}
+
+std::string Padding(const std::string& text, std::size_t width)
+{
+    return std::string(width - CodePointCount(text), ' ');
+}
+
+/** Breaks a column head at spaces so that the lines stay near the width of a number. */
+std::vector<std::string> WrappedHead(const std::string& head)
+{
+    constexpr std::size_t kHeadWidth = 14;
+    std::vector<std::string> lines{""};
+    std::istringstream words(head);
+    for (std::string word; words >> word;) {
+        if (!lines.back().empty() && CodePointCount(lines.back() + " " + word) > kHeadWidth)
+            lines.emplace_back();
+        lines.back() += (lines.back().empty() ? "" : " ") + word;
+    }
+    return lines;
+}
+
+using PrintedLine = std::vector<std::string>;
+
+std::vector<PrintedLine> HeadLines(const ResultTable& table)
+{
+    std::vector<std::vector<std::string>> heads{{table.labelHead}};
+    for (const ResultTable::Column& column : table.columns)
+        heads.push_back(WrappedHead(column.head));
+    std::size_t height = 1;
+    for (const auto& head : heads)
+        height = std::max(height, head.size());
+
+    std::vector<PrintedLine> lines(height, PrintedLine(heads.size()));
+    for (std::size_t c = 0; c < heads.size(); ++c) {
+        for (std::size_t i = 0; i < heads[c].size(); ++i)
+            lines[height - heads[c].size() + i][c] = heads[c][i];
+    }
+    return lines;
+}
+
+std::string TableText(const ResultTable& table)
+{
+    std::vector<PrintedLine> lines = HeadLines(table);
+    const std::size_t headLines = lines.size();
+    for (const ResultTable::Row& row : table.rows) {
+        lines.push_back({row.label});
+        for (std::size_t c = 0; c < row.cells.size(); ++c) {
+            lines.back().push_back(CellText(row.cells[c], table.columns[c].kind));
+        }
+    }
+    std::vector<std::size_t> widths(lines[0].size(), 0);
+    for (const PrintedLine& line : lines) {
+        for (std::size_t c = 0; c < line.size(); ++c)
+            widths[c] = std::max(widths[c], CodePointCount(line[c]));
+    }
+
+    std::string text = fmt::format("\n{}\n", table.title);
+    for (std::size_t l = 0; l < lines.size(); ++l) {
+        const PrintedLine& line = lines[l];
+        std::string printed = "  " + line[0] + Padding(line[0], widths[0]);
+        for (std::size_t c = 1; c < line.size(); ++c)
+            printed += "  " + Padding(line[c], widths[c]) + line[c];
+        if (l >= headLines && !table.rows[l - headLines].note.empty()) {
+            printed += "  " + table.rows[l - headLines].note;
+        }
+        printed.erase(printed.find_last_not_of(' ') + 1);
+        text += printed + "\n";
+    }
+    return text;
+}
+
+std::string Counted(std::size_t count, const char* one, const char* many)
+{
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+std::string ConstraintText(Constraint constraint)
+{
+    switch (constraint) {
+        case Constraint::kFirst:
+            return "the first category has effect 0";
+        case Constraint::kLast:
+            return "the last category has effect 0";
+        case Constraint::kSum:
+            return "the effects of a variable sum to 0";
+        default:
+            return "the weighted effects of a variable sum to 0";
+    }
+}
+
+std::string TitleText(const ModelData& data, const Options& options)
+{
+    std::vector<std::string> terms;
+    for (const Factor& factor : data.factors) {
+        if (factor.active) terms.push_back(factor.name);
+    }
+    std::string text =
+        fmt::format("{} of {} on {}\n",
+                    options.analysis == Analysis::kAnova ? "Analysis of variance" : "Linear regression",
+                    options.response,
+                    fmt::join(terms, ", "));
+    text += fmt::format("{}: {} used, {} dropped for missing cells\n",
+                        std::filesystem::path(options.dataPath).filename().string(),
+                        Counted(data.rows.size(), "observation", "observations"),
+                        Counted(data.droppedRows, "row", "rows"));
+    if (!options.weights.empty()) {
+        text += fmt::format("Weights: {}", options.weights);
+        const auto zero = std::count(data.weights.begin(), data.weights.end(), 0.0);
+        if (zero > 0) text += fmt::format(" ({} of weight 0, counted in the degrees of freedom)", zero);
+        text += "\n";
+    }
+    if (!data.qualitative.empty())
+        text += fmt::format("Constraint: {}\n", ConstraintText(options.constraint));
+    if (options.intercept) text += fmt::format("Intercept: given as {:.6g}\n", *options.intercept);
+    return text;
+}
+
+}  // namespace
+
+std::string ReportText(const ModelData& data, const std::vector<ResultTable>& tables, const Options& options)
+{
+    std::string text = TitleText(data, options);
+    for (const ResultTable& table : tables) {
+        if (table.printed) text += TableText(table);
+    }
+    return text;
+}
+
+}  // namespace korvenrg::frontend

@@ -1,0 +1,48 @@
+/** The tables of a report, once for the screen and for the files. */
+#ifndef KORVENRG_FRONTEND_RESULT_TABLES_H
+#define KORVENRG_FRONTEND_RESULT_TABLES_H
+
+#include <string>
+#include <vector>
+
+#include "fit.h"
+
+namespace korvenrg::frontend {
+
+enum class ColumnKind
+{
+    kNumber,
+    kProbability
+};
+
+struct ResultTable
+{
+    struct Column
+    {
+        std::string head;
+        ColumnKind kind = ColumnKind::kNumber;
+    };
+    struct Row
+    {
+        std::string label;
+        std::vector<double> cells;  ///< as many as columns
+        std::string note;
+    };
+
+    std::string fileName;
+    std::string title;
+    std::string labelHead;
+    std::vector<Column> columns;
+    std::vector<Row> rows;
+    bool hasNotes = false;
+    bool printed = true;  ///< false: for the files only
+};
+
+std::vector<ResultTable> MakeResultTables(const ModelData& data,
+                                          const Design& design,
+                                          const Fit& fit,
+                                          const Options& options);
+
+}  // namespace korvenrg::frontend
+
+#endif

@@ -1,0 +1,101 @@
+#include "kernel/linalg/moments.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/limits.h"
+#include "kernel/linalg/cross_products.h"
+
+namespace korvenrg::linalg {
+
+namespace {
+
+double TotalWeight(int n, const double* weights)
+{
+    if (weights == nullptr) return n;
+    double total = 0.0;
+    for (int row = 0; row < n; ++row) {
+        total += weights[row];
+    }
+    return total;
+}
+
+// Means, variances and standard deviations; `products` receives the centred cross-products.
+Moments CentredMoments(Columns columns, int n, const double* weights, std::vector<double>& products)
+{
+    const std::size_t q = columns.size();
+    const Centres means = WeightedMeans(columns, n, weights);
+    products.resize(q * q);
+    CrossProducts(columns, n, weights, means, true, products.data());
+
+    const double divisor = TotalWeight(n, weights) - 1.0;
+    Moments moments{.mean = means.value,
+                    .standardDeviation = std::vector<double>(q),
+                    .variance = std::vector<double>(q),
+                    .correlation = {}};
+    for (std::size_t j = 0; j < q; ++j) {
+        // A constant column keeps an exact 0, whatever the divisor.
+        const double sumOfSquares = products[j * q + j];
+        moments.variance[j] = sumOfSquares == 0.0 ? 0.0 : sumOfSquares / divisor;
+        moments.standardDeviation[j] = std::sqrt(moments.variance[j]);
+    }
+    return moments;
+}
+
+}  // namespace
+
+Moments CorrelationMoments(Columns columns, int n, const double* weights)
+{
+    const std::size_t q = columns.size();
+    std::vector<double> products;
+    Moments moments = CentredMoments(columns, n, weights, products);
+    moments.correlation.resize(q * q);
+    for (std::size_t j = 0; j < q; ++j) {
+        for (std::size_t i = 0; i < q; ++i) {
+            const double scale = std::sqrt(products[i * q + i]) * std::sqrt(products[j * q + j]);
+            double correlation = scale == 0.0 ? 0.0 : products[j * q + i] / scale;
+            if (i == j && correlation != 0.0 && !std::isnan(correlation)) correlation = 1.0;
+            moments.correlation[j * q + i] = correlation;
+        }
+    }
+    return moments;
+}
+
+Moments MomentsAboutZero(Columns columns, int n, const double* weights)
+{
+    const std::size_t q = columns.size();
+    std::vector<double> products;
+    Moments moments = CentredMoments(columns, n, weights, products);
+    CrossProducts(columns, n, weights, ZeroCentres(q), false, products.data());
+
+    const double divisor = TotalWeight(n, weights) - 1.0;
+    moments.correlation.resize(q * q);
+    for (std::size_t j = 0; j < q; ++j) {
+        for (std::size_t i = 0; i < q; ++i) {
+            const double scale = moments.standardDeviation[i] * moments.standardDeviation[j];
+            moments.correlation[j * q + i] = scale <= kEps ? 0.0 : products[j * q + i] / divisor / scale;
+        }
+    }
+    return moments;
+}
+
+void StandardizeColumns(Columns columns, int n, double* out)
+{
+    const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    const Centres means = WeightedMeans(columns, n, nullptr);
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+        double* column = out + j * rows;
+        double sumOfSquares = 0.0;
+        for (std::size_t row = 0; row < rows; ++row) {
+            column[row] = (columns[j][row] - means.value[j]) - means.correction[j];
+            sumOfSquares += column[row] * column[row];
+        }
+        if (sumOfSquares == 0.0) continue;
+        const double deviation = std::sqrt(sumOfSquares / (static_cast<double>(n) - 1.0));
+        for (std::size_t row = 0; row < rows; ++row) {
+            column[row] /= deviation;
+        }
+    }
+}
+
+}  // namespace korvenrg::linalg

@@ -1,0 +1,40 @@
+/** Weighted means, variances and correlations of the columns of a table. */
+#pragma once
+
+#include <vector>
+
+#include "core/matrix.h"
+#include "kernel/linalg/columns.h"
+
+namespace korvenrg::linalg {
+
+/** Moments of q columns; the divisor of the variances is the sum of weights minus 1. */
+struct Moments
+{
+    std::vector<double> mean;
+    std::vector<double> standardDeviation;
+    std::vector<double> variance;
+    std::vector<double> correlation;  ///< q x q by columns; empty when not asked for
+};
+
+/**
+ * Means, variances and correlations by two passes, centred on means of two doubles.
+ *
+ * A constant column has a standard deviation of exactly 0 and correlations of 0, with itself too; any other
+ * column has exactly 1 with itself.
+ *
+ * @param weights  n weights, or null for weights of 1; rows of weight 0 are not looked at
+ */
+Moments CorrelationMoments(Columns columns, int n, const double* weights);
+
+/**
+ * Mean products about zero, scaled by the standard deviations about the means: cell (i, j) of `correlation`
+ * is sum of w x_i x_j / (sum of weights - 1) / s, with s = sd(i) sd(j), and 0 where s is at most eps.
+ */
+Moments MomentsAboutZero(Columns columns, int n, const double* weights);
+
+/** Each column centred on its plain mean and divided by its plain standard deviation, into `out` (n x q by
+ * columns); a column of zero variance is only centred. */
+void StandardizeColumns(Columns columns, int n, double* out);
+
+}  // namespace korvenrg::linalg

@@ -1,0 +1,179 @@
+// Identities between the distributions, closed forms, and quantiles as inverses.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "kernel/distributions/distributions.h"
+#include "kernel/scalars/scalars.h"
+#include "support/tolerances.h"
+
+namespace {
+
+using korvenrg::distributions::GammaTails;
+using korvenrg::distributions::IncompleteBeta;
+using korvenrg::distributions::IncompleteBetaComplement;
+using korvenrg::distributions::IncompleteGamma;
+using korvenrg::distributions::IncompleteGammaComplement;
+using korvenrg::test::ExpectClose;
+using korvenrg::test::kRoundoff;
+
+constexpr double kTail = 1e-13;
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kInfinity = HUGE_VAL;
+
+TEST(DistributionIdentities, StudentWithOneAndTwoDegreesHasClosedForms)
+{
+    for (double t : {1e-6, 0.2, 0.9, 1.4, 1.8, 3.0, 40.0, 1e5, 1e140, 1e160}) {
+        SCOPED_TRACE(t);
+        const double root = std::hypot(std::sqrt(2.0), t);
+        ExpectClose(pValStudent(t, 1), std::atan(1 / t) / kPi, kTail);
+        ExpectClose(CDFStudent(-t, 1), std::atan(1 / t) / kPi, kTail);
+        if (t < 1e150) ExpectClose(pValStudent(-t, 2), 1 / (root * (root + t)), kTail);
+    }
+    for (double p : {1e-200, 1e-7, 0.1, 0.3, 0.499, 0.75, 0.9999}) {
+        SCOPED_TRACE(p);
+        const double tail = p < 0.5 ? p : 1 - p;
+        const double magnitude = tail > 0.25 ? std::tan(kPi * (0.5 - tail)) : 1 / std::tan(kPi * tail);
+        ExpectClose(InvCDFStudent(p, 1), p < 0.5 ? -magnitude : magnitude, kTail);
+        ExpectClose(InvCDFStudent(p, 2), (2 * p - 1) / std::sqrt(2 * p * (1 - p)), kTail);
+    }
+}
+
+TEST(DistributionIdentities, ChiSquareWithEvenDegreesIsAPoissonSum)
+{
+    for (double x : {1e-3, 0.7, 2.6, 3.1, 30.0, 1300.0}) {
+        SCOPED_TRACE(x);
+        const double h = x / 2;
+        ExpectClose(pValChiSq(x, 2), std::exp(-h), kTail);
+        ExpectClose(pValChiSq(x, 6), std::exp(-h) * (1 + h * (1 + h / 2)), kTail);
+        ExpectClose(CDFChiSq(x, 2), -std::expm1(-h), kTail);
+        ExpectClose(InvCDFChiSq(-std::expm1(-h), 2),
+                    x > 30 ? kInfinity : x,
+                    x > 5 ? 1e-9 : kTail);  // 1 - p is rounded
+    }
+}
+
+TEST(DistributionIdentities, SquaredStudentIsFisher)
+{
+    for (double df : {0.3, 1.0, 7.5, 60.0, 1e4})
+        for (double t : {0.125, 0.75, 1.5, 2.25, 5.5, 11.0}) {
+            SCOPED_TRACE(testing::Message() << "t " << t << " df " << df);
+            ExpectClose(2 * pValStudent(t, df), pValFisher(t * t, 1, df), kTail);
+        }
+}
+
+TEST(DistributionIdentities, ReciprocalFisherSwapsItsDegrees)
+{
+    for (double df1 : {0.2, 3.0, 41.5, 2500.0})
+        for (double df2 : {0.7, 10.0, 300.0, 1e6})
+            for (double F : {0.0625, 0.5, 1.0, 2.0, 8.0}) {
+                SCOPED_TRACE(testing::Message() << "F " << F << " df " << df1 << ", " << df2);
+                ExpectClose(CDFFisher(F, df1, df2, -1), CDFFisher(1 / F, df2, df1, 0), kTail);
+            }
+}
+
+// I_p(k, n - k + 1) = P(at least k successes among n) (Abramowitz & Stegun 1964, 26.5.24).
+TEST(DistributionIdentities, BinomialSumsAreIncompleteBeta)
+{
+    for (int n : {1, 5, 30})
+        for (int k = 1; k <= n; k += 2)
+            for (double p : {0.03125, 0.25, 0.625, 0.96875}) {
+                SCOPED_TRACE(testing::Message() << "n " << n << " k " << k << " p " << p);
+                double atLeast = 0, fewer = 0;
+                for (int j = 0; j <= n; j++)
+                    (j >= k ? atLeast : fewer) += Cnk(n, j) * std::pow(p, j) * std::pow(1 - p, n - j);
+                ExpectClose(IncompleteBeta(k, n - k + 1, p, 1 - p), atLeast, kTail);
+                ExpectClose(IncompleteBetaComplement(k, n - k + 1, p, 1 - p), fewer, kTail);
+            }
+}
+
+// Q(a + 1, x) = Q(a, x) + x^a e^-x / gamma(a + 1): ties neighbouring parameters on both sides of each switch.
+TEST(DistributionIdentities, IncompleteGammaObeysItsRecurrence)
+{
+    for (double a : {0.05, 0.6, 3.5, 38.5, 39.75, 40.0, 900.0, 1e5})
+        for (double z : {-3.0, -0.5, 0.4, 2.0, 6.2, 9.0}) {
+            const double x = a * std::exp(z / std::sqrt(a));
+            if (x > 700 && a < 20) continue;
+            SCOPED_TRACE(testing::Message() << "a " << a << " x " << x);
+            const double step = GammaTails(a, {x, 0}).weight / a;
+            ExpectClose(IncompleteGammaComplement(a + 1, x), IncompleteGammaComplement(a, x) + step, kTail);
+            ExpectClose(IncompleteGamma(a, x), IncompleteGamma(a + 1, x) + step, kTail);
+        }
+}
+
+TEST(DistributionIdentities, InfiniteDegreesAreTheLimit)
+{
+    for (double x : {0.4, 1.3, 2.5, 20.0}) {
+        SCOPED_TRACE(x);
+        ExpectClose(CDFStudent(x, kInfinity, 0), pValNormalStd(x), kTail);
+        ExpectClose(CDFStudent(x, 1e18, 0), pValNormalStd(x), kTail);
+        for (double df : {0.5, 5.0, 90.0}) {
+            ExpectClose(pValFisher(x, df, kInfinity), pValChiSq(x * df, df), kTail);
+            ExpectClose(pValFisher(x, df, 1e19), pValChiSq(x * df, df), kTail);
+            ExpectClose(pValFisher(x, kInfinity, df), CDFChiSq(df / x, df), kTail);
+            ExpectClose(pValFisher(x, 1e19, df), CDFChiSq(df / x, df), kTail);
+        }
+    }
+    ExpectClose(InvCDFStudent(0.01, kInfinity), InvCDFNormalStd(0.01), kRoundoff);
+    ExpectClose(InvCDFFisher(0.95, 4, kInfinity), InvCDFChiSq(0.95, 4) / 4, kRoundoff);
+    ExpectClose(InvCDFFisher(0.95, kInfinity, 4), 4 / InvCDFChiSq(0.05, 4), kRoundoff);
+}
+
+/** What one ulp of the quantile changes of its tail, relatively: no inverse can do better. */
+template <class Tail>
+double Spacing(const Tail& tail, double quantile)
+{
+    const double value = tail(quantile);
+    return std::fabs(tail(std::nextafter(quantile, kInfinity)) / value - 1);
+}
+
+/** tail(quantile(p)) = p on the side where p has its digits. */
+template <class Quantile, class Lower, class Upper>
+void ExpectInverse(const Quantile& quantile, const Lower& lower, const Upper& upper)
+{
+    constexpr double kInverse = 4e-14;  // twice the measured error of a tail
+    for (double p :
+         {1e-290, 1e-100, 1e-12, 0.003, 0.2, 0.26, 0.45, 0.4999999, 0.55, 0.9, 0.9995, 1 - 0x1p-40}) {
+        const double x = quantile(p);
+        if (std::isinf(x) || std::fabs(x) < 1e-300) continue;  // outside the range of doubles for few degrees
+        SCOPED_TRACE(testing::Message() << "p " << p << " quantile " << x);
+        if (p <= 0.5)
+            ExpectClose(lower(x), p, kInverse + Spacing(lower, x));
+        else
+            ExpectClose(upper(x), 1 - p, kInverse + Spacing(upper, x));
+    }
+}
+
+TEST(DistributionIdentities, QuantilesInvertTheTails)
+{
+    ExpectInverse(
+        InvCDFNormalStd,
+        [](double x) { return CDFNormalStd(x); },
+        pValNormalStd);
+    for (double df1 : {0.1, 0.9, 3.0, 25.5, 39.0, 700.0, 1e6}) {
+        SCOPED_TRACE(testing::Message() << "df1 " << df1);
+        ExpectInverse([=](double p) { return InvCDFStudent(p, df1); },
+                      [=](double x) { return CDFStudent(x, df1); },
+                      [=](double x) { return CDFStudent(x, df1, 0); });
+        ExpectInverse([=](double p) { return InvCDFChiSq(p, df1); },
+                      [=](double x) { return CDFChiSq(x, df1); },
+                      [=](double x) { return CDFChiSq(x, df1, 0); });
+        for (double df2 : {0.2, 1.0, 2.0, 11.5, 400.0, 1e6}) {
+            SCOPED_TRACE(testing::Message() << "df2 " << df2);
+            ExpectInverse([=](double p) { return InvCDFFisher(p, df1, df2); },
+                          [=](double x) { return CDFFisher(x, df1, df2, 1); },
+                          [=](double x) { return CDFFisher(x, df1, df2, 0); });
+        }
+    }
+}
+
+TEST(DistributionIdentities, QuantileBesideTheMedianKeepsItsDigits)
+{
+    const double p = 0.5 + 0x1p-40;
+    ExpectClose(InvCDFNormalStd(p), 0x1p-40 * std::sqrt(2 * kPi), kRoundoff);
+    ExpectClose(InvCDFStudent(p, 1), 0x1p-40 * kPi, kRoundoff);
+    ExpectClose(InvCDFStudent(1 - p, 1), -0x1p-40 * kPi, kRoundoff);
+}
+
+}  // namespace

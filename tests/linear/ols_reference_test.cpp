@@ -1,0 +1,206 @@
+/** Every result table of the least squares run against lm of R, cell by cell, from the raw data through both
+ * doors. */
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "design_fixture.h"
+
+namespace linear_test {
+namespace {
+
+/** One table of a reference file; cells are numbers, "missing" or "kept". */
+struct Reference
+{
+    int rows = 0, cols = 0;
+    std::vector<std::string> cells;
+
+    Vector Numbers() const
+    {
+        Vector numbers;
+        for (const auto& cell : cells)
+            numbers.push_back(std::stod(cell));
+        return numbers;
+    }
+    Vector Column(int j) const
+    {
+        const auto all = Numbers();
+        return {all.begin() + rows * (j - 1), all.begin() + rows * j};
+    }
+};
+
+struct Case
+{
+    std::string name;
+    std::map<std::string, Reference> tables;
+
+    const Reference& operator[](const std::string& table) const
+    {
+        return tables.at(table);
+    }
+};
+
+std::vector<Case> ReadCases(const std::string& file)
+{
+    std::ifstream in(std::string(KORVENRG_REFERENCE_DIR) + "/" + file);
+    std::vector<Case> cases;
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream words(line);
+        std::string name;
+        words >> name;
+        if (name == "case") {
+            cases.emplace_back();
+            words >> cases.back().name;
+            continue;
+        }
+        Reference& table = cases.back().tables[name];
+        words >> table.rows >> table.cols;
+        for (std::string cell; words >> cell;)
+            table.cells.push_back(cell);
+    }
+    return cases;
+}
+
+/** kPrinted of the expected value, or of `scale` where a cell is a difference of numbers of that size. */
+void ExpectTable(const Table& actual, const Reference& expected, const char* name, double scale = 0.0)
+{
+    ASSERT_EQ(actual.rows, expected.rows) << name;
+    double worst = 0.0;
+    for (int c = 1; c <= expected.cols; ++c)
+        for (int r = 1; r <= expected.rows; ++r) {
+            const std::string& want = expected.cells[actual.Position(r, c)];
+            const double got = actual(r, c);
+            if (want == "kept") {
+                EXPECT_TRUE(actual.Kept(r, c)) << name << "(" << r << "," << c << ") became " << got;
+            } else if (want == "missing") {
+                EXPECT_EQ(got, kMissing) << name << "(" << r << "," << c << ")";
+            } else {
+                const double value = std::stod(want);
+                const double error =
+                    got == value ? 0.0 : std::abs(got - value) / std::max(std::abs(value), scale);
+                EXPECT_LE(error, kPrinted)
+                    << name << "(" << r << "," << c << ") is " << got << ", R has " << value;
+                worst = std::max(worst, error);
+            }
+        }
+    static std::map<std::string, double> all;
+    all[name] = std::max(all[name], worst);
+    ::testing::Test::RecordProperty(std::string("worst_") + name, std::to_string(std::log10(all[name])));
+}
+
+DesignProblem DesignOf(const Case& c)
+{
+    DesignProblem d;
+    const Reference &x = c["x"], &q = c["q"], &factors = c["factors"];
+    d.model.n = c["y"].rows;
+    d.constraint = static_cast<int>(c["options"].Numbers()[0]);
+    d.w = c["wc"].Numbers();
+    for (int j = 1; j <= x.cols; ++j) {
+        d.model.x.push_back(x.Column(j));
+        d.labelX.push_back(L"x" + std::to_wstring(j));
+    }
+    for (int j = 1; j <= q.cols; ++j) {
+        d.labelQ.push_back(L"q" + std::to_wstring(j));
+        d.model.q.emplace_back();
+        d.categories.emplace_back();
+        for (double code : q.Column(j))
+            d.model.q.back().push_back(L"level" + std::to_wstring(static_cast<int>(code)));
+        const int levels = static_cast<int>(c["levels"].Numbers()[At(j)]);
+        for (int k = 1; k <= levels; ++k)
+            d.categories.back().push_back(L"level" + std::to_wstring(k));
+    }
+    for (int f = 1; f <= factors.rows; ++f) {
+        const auto cell = [&](int col) { return static_cast<int>(factors.Column(col)[At(f)]); };
+        d.type.push_back(cell(1));
+        d.factors.emplace_back();
+        for (int v = 1; v <= cell(2); ++v)
+            d.factors.back().push_back(cell(2 + v));
+    }
+    return d;
+}
+
+class OlsReference : public ::testing::TestWithParam<Case>
+{
+};
+
+TEST_P(OlsReference, EveryTableAgreesWithR)
+{
+    const Case& c = GetParam();
+    const auto options = c["options"].Numbers();
+    const DesignResults design = BuildDesign(DesignOf(c));
+    ASSERT_EQ(design.pMod, c["parents"].rows);
+    for (int j = 1; j <= design.pMod; ++j) {
+        EXPECT_EQ(design.parents[At(j)], c["parents"].Numbers()[At(j)]);
+        EXPECT_EQ(design.removed[At(j)], c["dropped"].Numbers()[At(j)] == 1.0 ? kDropped : kIn);
+    }
+    ExpectTable(design.design, c["design"], "design");
+
+    OlsProblem q = FitOf(design, c["y"].Numbers(), static_cast<int>(options[0]));
+    q.wc = c["wc"].Numbers();
+    q.wr = c["wr"].Numbers();
+    q.options[kFixedIntercept] = options[2];
+    q.options[kInterceptValue] = options[3];
+    q.options[kTolerance] = 1E-6;
+    q.options[kKeepRawCov] = options[4];
+    q.options[kAlpha] = options[5];
+    const OlsResults r = RunOls(q);
+    ASSERT_EQ(r.code, 0);
+
+    // A residual is a difference: its last digits are those of the response.
+    double size = 0.0;
+    for (double y : q.y)
+        size = std::max(size, std::abs(y));
+    ExpectTable(r.anova, c["anova"], "anova");
+    ExpectTable(r.fit, c["fit"], "fit");
+    ExpectTable(r.means, c["means"], "means");
+    ExpectTable(r.deviations, c["deviations"], "deviations");
+    ExpectTable(r.raw, c["raw"], "raw");
+    ExpectTable(r.reported, c["reported"], "reported");
+    ExpectTable(r.parameters, c["parameters"], "parameters");
+    ExpectTable(r.beta, c["beta"], "beta");
+    ExpectTable(r.covariance, c["covariance"], "covariance");
+    ExpectTable(r.predictions, c["predictions"], "predictions");
+    ExpectTable(r.errors, c["prediction_errors"], "prediction_errors");
+    ExpectTable(r.residuals, c["residuals"], "residuals", 1E-3 * size);
+    ExpectTable(r.cook, c["cook"], "cook");
+    ExpectTable(r.leaveOneOut, c["leave_one_out"], "leave_one_out");
+}
+
+INSTANTIATE_TEST_SUITE_P(Linear,
+                         OlsReference,
+                         ::testing::ValuesIn(ReadCases("linear_values.txt")),
+                         [](const auto& c) { return c.param.name; });
+
+constexpr double kElevenDigits =
+    1E-11;  // the certified values' own precision, less the condition of the data
+
+TEST(OlsLongley, AgreesToElevenDigits)
+{
+    const Case c = ReadCases("longley_exact.txt").at(0);
+    std::vector<Vector> columns;
+    for (int j = 1; j <= 6; ++j)
+        columns.push_back(c["x"].Column(j));
+    OlsProblem q = Regression(c["y"].Numbers(), columns);
+    q.options[kTolerance] = 1E-6;
+    const OlsResults r = RunOls(q);
+    const auto b = c["coefficients"].Numbers(), se = c["standard_errors"].Numbers(),
+               s = c["sigma_r2"].Numbers();
+    double worst = 0.0;
+    for (int i = 0; i < 7; ++i) {
+        const auto k = static_cast<size_t>(i);
+        ExpectClose(r.parameters(i + 1, kParValue), b[k], kElevenDigits);
+        ExpectClose(r.parameters(i + 1, kParStdError), se[k], kElevenDigits);
+        worst = std::max({worst,
+                          std::abs(r.parameters(i + 1, kParValue) / b[k] - 1.0),
+                          std::abs(r.parameters(i + 1, kParStdError) / se[k] - 1.0)});
+    }
+    RecordProperty("worst_longley", std::to_string(std::log10(worst)));
+    ExpectClose(r.fit(kFitRmse), s[0], kElevenDigits);
+    ExpectClose(r.fit(kFitRSquared), s[1], kElevenDigits);
+}
+
+}  // namespace
+}  // namespace linear_test

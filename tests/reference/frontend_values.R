@@ -1,0 +1,145 @@
+# Values for tests/frontend/command_test.py, from lm() on the example data.
+#
+#   Rscript tests/reference/frontend_values.R      (from the top of the checkout)
+#
+# Parameters are reported for every category: the constraint's coding matrix of a variable (categories x fitted columns)
+# maps the fitted coefficients to them, a Kronecker product of them those of an interaction. Labels are those of the
+# command. Categories stand in code-point order.
+
+Sys.setlocale("LC_COLLATE", "C")
+rows <- list()
+emit <- function(case, table, row, column, value)
+  rows[[length(rows) + 1]] <<- data.frame(case, table, row, column, value = sprintf("%.17g", value))
+
+coding <- function(constraint, x, w) {
+  k <- nlevels(x)
+  freq <- tapply(w, x, sum)
+  m <- switch(constraint,
+    first = contr.treatment(k, base = 1),
+    last = contr.treatment(k, base = k),
+    sum = contr.sum(k),
+    weighted = rbind(diag(k - 1), -freq[-k] / freq[k]))
+  dimnames(m) <- list(levels(x), NULL)
+  m
+}
+
+# One row per reported parameter: its weights on the fitted coefficients.
+reported <- function(fit, data, codings) {
+  assign <- attr(model.matrix(fit), "assign")
+  labels <- attr(terms(fit), "term.labels")
+  blocks <- list(Intercept = 0)
+  map <- matrix(0, 0, length(assign))
+  for (t in seq_along(labels)) {
+    block <- matrix(1, 1, 1, dimnames = list("", NULL))
+    for (v in strsplit(labels[t], ":")[[1]]) {
+      m <- codings[[v]]
+      if (is.null(m)) m <- matrix(1, 1, 1, dimnames = list(v, NULL))
+      else rownames(m) <- paste(v, rownames(m), sep = "-")
+      names <- outer(rownames(block), rownames(m), paste, sep = "*")
+      block <- kronecker(m, block)
+      rownames(block) <- sub("^\\*", "", as.vector(names))
+    }
+    padded <- matrix(0, nrow(block), length(assign), dimnames = list(rownames(block), NULL))
+    padded[, assign == t] <- block
+    map <- rbind(map, padded)
+  }
+  rbind(Intercept = c(1, rep(0, length(assign) - 1)), map)
+}
+
+reference <- function(case, formula, data, constraint = "first", weights = NULL, alpha = 0.05, cases = FALSE) {
+  w <- if (is.null(weights)) rep(1, nrow(data)) else weights
+  data$.w <- w
+  for (v in all.vars(formula)) if (is.character(data[[v]])) data[[v]] <- factor(data[[v]])
+  factors <- Filter(function(v) is.factor(data[[v]]), all.vars(formula)[-1])
+  codings <- lapply(setNames(nm = factors), function(v) coding(constraint, data[[v]], w))
+  for (v in factors) contrasts(data[[v]], nlevels(data[[v]]) - 1) <- codings[[v]]
+  fit <- lm(formula, data, weights = .w)
+  s <- summary(fit)
+  y <- model.response(model.frame(fit))
+  n <- nrow(data)
+  df <- fit$df.residual
+  k <- n - df
+  sse <- deviance(fit)
+  sst <- sum(w * (y - weighted.mean(y, w))^2)
+
+  emit(case, "fit", "Observations", "Value", n)
+  emit(case, "fit", "Sum of weights", "Value", sum(w))
+  emit(case, "fit", "Error DF", "Value", df)
+  emit(case, "fit", "R squared", "Value", s$r.squared)
+  emit(case, "fit", "Adjusted R squared", "Value", s$adj.r.squared)
+  emit(case, "fit", "Mean square error", "Value", s$sigma^2)
+  emit(case, "fit", "Root mean square error", "Value", s$sigma)
+  emit(case, "fit", "AIC", "Value", n * log(sse / n) + 2 * k)
+  emit(case, "fit", "SBC", "Value", n * log(sse / n) + log(n) * k)
+  if (is.null(weights)) {
+    press <- sum((residuals(fit) / (1 - hatvalues(fit)))^2)
+    emit(case, "fit", "PRESS", "Value", press)
+    emit(case, "fit", "Q squared", "Value", 1 - press / sst)
+    emit(case, "fit", "Durbin-Watson", "Value", sum(diff(residuals(fit))^2) / sse)
+  }
+
+  model <- c(k - 1, sst - sse, (sst - sse) / (k - 1), s$fstatistic[[1]],
+             pf(s$fstatistic[[1]], k - 1, df, lower.tail = FALSE))
+  heads <- c("DF", "Sum of squares", "Mean square", "F", "Pr > F")
+  for (j in 1:5) emit(case, "anova", "Model", heads[j], model[j])
+  for (j in 1:3) emit(case, "anova", "Error", heads[j], c(df, sse, sse / df)[j])
+  for (j in 1:2) emit(case, "anova", "Corrected total", heads[j], c(n - 1, sst)[j])
+
+  table <- function(name, map) {
+    value <- drop(map %*% coef(fit))
+    se <- sqrt(diag(map %*% vcov(fit) %*% t(map)))
+    tq <- qt(1 - alpha / 2, df)
+    confidence <- sprintf("%.6g%%", 100 * (1 - alpha))
+    for (i in seq_along(value)) {
+      emit(case, name, rownames(map)[i], "Value", value[i])
+      emit(case, name, rownames(map)[i], "Standard error", se[i])
+      if (se[i] == 0) next  # reference level
+      emit(case, name, rownames(map)[i], "t", value[i] / se[i])
+      emit(case, name, rownames(map)[i], "Pr > |t|", 2 * pt(-abs(value[i] / se[i]), df))
+      emit(case, name, rownames(map)[i], paste("Lower", confidence), value[i] - tq * se[i])
+      emit(case, name, rownames(map)[i], paste("Upper", confidence), value[i] + tq * se[i])
+    }
+  }
+  map <- reported(fit, data, codings)
+  table("parameters", map)
+  spread <- function(x) sqrt(sum(w * (x - weighted.mean(x, w))^2))
+  scale <- apply(model.matrix(fit), 2, spread) / spread(y)
+  table("standardised", (map %*% diag(scale))[-1, , drop = FALSE])
+  covariance <- map %*% vcov(fit) %*% t(map)
+  for (i in rownames(map)) for (j in rownames(map)) emit(case, "covariance", i, j, covariance[i, j])
+
+  if (cases) {
+    mean <- predict(fit, interval = "confidence", level = 1 - alpha, se.fit = TRUE)
+    observation <- suppressWarnings(predict(fit, interval = "prediction", level = 1 - alpha))
+    e <- residuals(fit)
+    confidence <- sprintf("%.6g%%", 100 * (1 - alpha))
+    columns <- list(Prediction = fitted(fit), Residual = e, `Standardised residual` = e / s$sigma,
+      `Studentised residual` = rstandard(fit), `Standard error of mean` = mean$se.fit,
+      mean$fit[, "lwr"], mean$fit[, "upr"],
+      `Standard error of observation` = sqrt(s$sigma^2 + mean$se.fit^2),
+      observation[, "lwr"], observation[, "upr"],
+      `Leave-one-out prediction` = y - e / (1 - hatvalues(fit)), `Cook's distance` = cooks.distance(fit))
+    names(columns)[c(6, 7)] <- paste0(c("Lower ", "Upper "), confidence, " (mean)")
+    names(columns)[c(9, 10)] <- paste0(c("Lower ", "Upper "), confidence, " (observation)")
+    for (name in names(columns)) for (r in seq_len(n)) emit(case, "cases", r, name, columns[[name]][r])
+  }
+}
+
+read <- function(file) read.csv(file.path("examples/data", file), check.names = FALSE)
+plant <- read("plantgrowth.csv")
+moore <- read("moore.csv")
+warp <- read("warpbreaks.csv")
+states <- read("states.csv")
+longley <- read("longley.csv")
+
+for (constraint in c("first", "last", "sum", "weighted"))
+  reference(paste("moore", constraint), conformity ~ partner.status + fcategory, moore, constraint)
+reference("plantgrowth", weight ~ group, plant, cases = TRUE)
+reference("longley", Employed ~ GNP.deflator + GNP + Unemployed + Armed.Forces + Population + Year, longley, cases = TRUE)
+reference("warpbreaks cells", breaks ~ wool + tension + wool:tension, warp, alpha = 0.01)
+reference("warpbreaks last", breaks ~ wool + tension + wool:tension, warp, "last")
+reference("moore slopes", conformity ~ fscore + partner.status + fscore:partner.status, moore)
+reference("states weighted", Income ~ Illiteracy + Murder, states, weights = states$Population)
+reference("states product", Murder ~ Illiteracy + Frost + Illiteracy:Frost, states)
+
+write.csv(do.call(rbind, rows), "tests/reference/frontend_values.csv", row.names = FALSE, quote = 1:4)
