@@ -73,8 +73,7 @@ struct DesignProblem
     Integers type, active;
     std::vector<Integers> nested;  // pairs (a, b): a nested in b
     int constraint = 0;
-    int reserved = -1;   // columns; -1: what GetXModelSize says
-    int interlevel = 0;  // 0: the longest factor
+    int reserved = -1;  // columns; -1: what GetXModelSize says
 };
 
 struct DesignResults
@@ -100,7 +99,7 @@ inline DesignResults BuildDesign(const DesignProblem& d, Form form = Form::kNewe
 {
     const int pX = static_cast<int>(d.labelX.size()), pQ = static_cast<int>(d.labelQ.size());
     const int nf = static_cast<int>(d.factors.size()), n = d.model.n;
-    int interlevel = std::max(d.interlevel, 1);
+    int interlevel = 1;
     for (const auto& f : d.factors)
         interlevel = std::max(interlevel, static_cast<int>(f.size()));
     Integers nbVars, listVars(static_cast<size_t>(nf * interlevel), 0), nbCat, type = d.type,
@@ -134,15 +133,10 @@ inline DesignResults BuildDesign(const DesignProblem& d, Form form = Form::kNewe
         nestedPair = pair;
         nestedMat[static_cast<size_t>((pair[1] - 1) * nf + pair[0] - 1)] = 1;
     }
-    const int size = GetXModelSize(nf,
-                                   pX,
-                                   pQ,
-                                   interlevel,
-                                   nbCat.data(),
-                                   type.data(),
-                                   listVars.data(),
-                                   nbVars.data(),
-                                   active.data());
+    // clang-format off
+    const int size = GetXModelSize(nf, pX, pQ, interlevel, nbCat.data(), type.data(), listVars.data(), nbVars.data(),
+        active.data());
+    // clang-format on
     const int reserved = d.reserved >= 0 ? d.reserved : size;
 
     Vector x = Joined(d.model.x), xValid = Joined(d.valid.x), xPred = Joined(d.predict.x);

@@ -2,30 +2,15 @@
  * rows. */
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "design_fixture.h"
 
 namespace linear_test {
 namespace {
 
-enum Factor
-{
-    kHeight = 1,
-    kWidth,
-    kColour,
-    kSize,
-    kHeightWidth,
-    kColourSize,
-    kHeightColour,
-    kWidthColourSize
-};
-
 const Text kColours{L"blue", L"green", L"red"}, kSizes{L"L", L"S"};
-// Weighted frequencies: blue 3, green 6, red 4; L 8, S 5.
 const Text kColourOf{L"red", L"blue", L"green", L"green", L"blue", L"red", L"green"};
 const Text kSizeOf{L"L", L"S", L"L", L"S", L"L", L"S", L"L"};
-const Vector kWeights{3, 1, 1, 3, 2, 1, 2};
+const Vector kWeights{3, 1, 1, 3, 2, 1, 2}, kColourFreq{3, 6, 4}, kSizeFreq{8, 5};
 const Vector kHeights{1.5, 2, 3, 5, 7, 11, 13}, kWidths{-1, 4, 9, 16, 25, 36, 49};
 
 DesignProblem Problem(int constraint)
@@ -44,6 +29,16 @@ DesignProblem Problem(int constraint)
     return d;
 }
 
+/** The variables of each factor: height, width, colour, size. */
+constexpr bool kHas[8][4] = {{1, 0, 0, 0},
+                             {0, 1, 0, 0},
+                             {0, 0, 1, 0},
+                             {0, 0, 0, 1},
+                             {1, 1, 0, 0},
+                             {0, 0, 1, 1},
+                             {1, 0, 1, 0},
+                             {0, 1, 1, 1}};
+
 /** What a column must be, from its factor and its levels (from 1, 0 none). */
 struct Column
 {
@@ -53,41 +48,25 @@ struct Column
 
 std::vector<Column> ExpectedColumns()
 {
-    std::vector<Column> columns{{kHeight, 0, 0, L"height", L"height"}, {kWidth, 0, 0, L"width", L"width"}};
-    const auto colour = [](int a) { return kColours[At(a)]; };
-    const auto size = [](int b) { return kSizes[At(b)]; };
-    for (int a = 1; a <= 3; ++a)
-        columns.push_back({kColour, a, 0, L"colour-" + colour(a), colour(a)});
-    for (int b = 1; b <= 2; ++b)
-        columns.push_back({kSize, 0, b, L"size-" + size(b), size(b)});
-    columns.push_back({kHeightWidth, 0, 0, L"height*width", L"height*width"});
-    for (int a = 1; a <= 3; ++a)
-        for (int b = 1; b <= 2; ++b)
-            columns.push_back({kColourSize,
-                               a,
-                               b,
-                               L"colour-" + colour(a) + L"*size-" + size(b),
-                               colour(a) + L"*" + size(b)});
-    for (int a = 1; a <= 3; ++a)
-        columns.push_back({kHeightColour, a, 0, L"height*colour-" + colour(a), L"height*" + colour(a)});
-    for (int a = 1; a <= 3; ++a)
-        for (int b = 1; b <= 2; ++b)
-            columns.push_back({kWidthColourSize,
-                               a,
-                               b,
-                               L"width*colour-" + colour(a) + L"*size-" + size(b),
-                               L"width*" + colour(a) + L"*" + size(b)});
+    std::vector<Column> columns;
+    for (int f = 1; f <= 8; ++f) {
+        const auto& has = kHas[f - 1];
+        for (int a = has[2]; a <= 3 * has[2]; ++a)
+            for (int b = has[3]; b <= 2 * has[3]; ++b) {
+                Column c{f, a, b, L"", L""};
+                const auto append = [&](const std::wstring& variable, const std::wstring& category) {
+                    c.label += (c.label.empty() ? L"" : L"*") + variable + (category.empty() ? L"" : L"-") +
+                               category;
+                    c.simple += (c.simple.empty() ? L"" : L"*") + (category.empty() ? variable : category);
+                };
+                if (has[0]) append(L"height", L"");
+                if (has[1]) append(L"width", L"");
+                if (has[2]) append(L"colour", kColours[At(a)]);
+                if (has[3]) append(L"size", kSizes[At(b)]);
+                columns.push_back(c);
+            }
+    }
     return columns;
-}
-
-bool IsInteraction(const Column& c)
-{
-    return c.factor > kSize;
-}
-
-double Level(const Text& of, size_t row, const Text& levels, int level)
-{
-    return of[row] == levels[At(level)] ? 1.0 : 0.0;
 }
 
 /** Reported effect i of a variable in terms of its fitted columns. */
@@ -106,6 +85,28 @@ bool IsDroppedLevel(int constraint, int levels, int level)
     return constraint >= 1 && constraint <= 3 && level == levels;
 }
 
+double Is(const std::wstring& category, const Text& levels, int level)
+{
+    return category == levels[At(level)] ? 1.0 : 0.0;
+}
+
+/** A cell of the table: the last level of a main effect is folded into the others. */
+double Coded(const Column& c, int constraint, const Rows& rows, int i)
+{
+    const auto& has = kHas[c.factor - 1];
+    const std::wstring &colour = rows.q[0][At(i)], &size = rows.q[1][At(i)];
+    double cell = 1.0;
+    if (has[2]) cell *= Is(colour, kColours, c.colour);
+    if (has[3]) cell *= Is(size, kSizes, c.size);
+    if (c.factor == 3 && c.colour < 3)
+        cell += DesignCell(constraint, kColourFreq, 3, c.colour) * Is(colour, kColours, 3);
+    if (c.factor == 4 && c.size < 2)
+        cell += DesignCell(constraint, kSizeFreq, 2, c.size) * Is(size, kSizes, 2);
+    if (has[0]) cell *= rows.x[0][At(i)];
+    if (has[1]) cell *= rows.x[1][At(i)];
+    return cell;
+}
+
 class DesignTable : public ::testing::TestWithParam<int>
 {
 };
@@ -113,89 +114,58 @@ class DesignTable : public ::testing::TestWithParam<int>
 TEST_P(DesignTable, DescribesAndCodesEveryColumn)
 {
     const int constraint = GetParam();
-    const Vector colourFreq{3, 6, 4}, sizeFreq{8, 5};
+    const DesignProblem problem = Problem(constraint);
     const auto expected = ExpectedColumns();
     for (const Form form : {Form::kNewer, Form::kOlder}) {
         SCOPED_TRACE(form == Form::kNewer ? "newer form" : "older form");
-        const DesignResults d = BuildDesign(Problem(constraint), form);
+        const DesignResults d = BuildDesign(problem, form);
         EXPECT_EQ(d.code, 0);
         ASSERT_EQ(d.p, 23);  // GetXModelSize
         ASSERT_EQ(d.pMod, 23);
-        int left = 0;
+        int left = 0, first = 1;
         for (int j = 1; j <= 23; ++j) {
-            const auto at = At(j);
-            const Column& c = expected[at];
+            const Column& c = expected[At(j)];
             SCOPED_TRACE(::testing::Message() << "column " << j);
-            EXPECT_EQ(d.labels[at], c.label);
-            EXPECT_EQ(d.parents[at], c.factor);
+            EXPECT_EQ(d.labels[At(j)], c.label);
+            EXPECT_EQ(d.parents[At(j)], c.factor);
             const bool dropped = (c.colour > 0 && IsDroppedLevel(constraint, 3, c.colour)) ||
                                  (c.size > 0 && IsDroppedLevel(constraint, 2, c.size));
-            EXPECT_EQ(d.removed[at], dropped ? kDropped : kIn);
+            EXPECT_EQ(d.removed[At(j)], dropped ? kDropped : kIn);
+            left += dropped ? 0 : 1;
 
             double freq = 0;
-            for (size_t i = 0; i < 7; ++i) {
-                double product = 1.0;
-                if (c.factor == kHeight || c.factor == kHeightWidth || c.factor == kHeightColour)
-                    product *= kHeights[i];
-                if (c.factor == kWidth || c.factor == kHeightWidth || c.factor == kWidthColourSize)
-                    product *= kWidths[i];
-                double cell = 1.0, folded = 0.0;
-                if (c.colour > 0) cell *= Level(kColourOf, i, kColours, c.colour);
-                if (c.size > 0) cell *= Level(kSizeOf, i, kSizes, c.size);
-                if (c.factor == kColour && c.colour < 3)
-                    folded =
-                        DesignCell(constraint, colourFreq, 3, c.colour) * Level(kColourOf, i, kColours, 3);
-                if (c.factor == kSize && c.size < 2)
-                    folded = DesignCell(constraint, sizeFreq, 2, c.size) * Level(kSizeOf, i, kSizes, 2);
-                freq += kWeights[i] * cell;
-                EXPECT_EQ(d.model(static_cast<int>(i) + 1, j), product * (cell + folded)) << "row " << i + 1;
-                EXPECT_EQ(d.valid(static_cast<int>(i) + 1, j), product * (cell + folded)) << "row " << i + 1;
+            for (int i = 1; i <= 7; ++i) {
+                EXPECT_EQ(d.model(i, j), Coded(c, constraint, problem.model, i)) << "row " << i;
+                EXPECT_EQ(d.valid(i, j), d.model(i, j)) << "row " << i;
+                if (c.colour > 0 && kColourOf[At(i)] != kColours[At(c.colour)]) continue;
+                if (c.size > 0 && kSizeOf[At(i)] != kSizes[At(c.size)]) continue;
+                freq += kWeights[At(i)];
             }
             EXPECT_EQ(d.freq(j), c.colour + c.size > 0 ? freq : 0.0);
+            for (int i = 1; i <= 3; ++i)
+                EXPECT_EQ(d.predict(i, j), Coded(c, constraint, problem.predict, i)) << "row " << i;
 
             for (int k = 1; k <= 23; ++k) {
                 const Column& o = expected[At(k)];
                 double cell = o.factor == c.factor ? 1.0 : 0.0;
                 if (cell != 0.0 && c.colour > 0)
-                    cell *= DesignCell(constraint, colourFreq, c.colour, o.colour);
-                if (cell != 0.0 && c.size > 0) cell *= DesignCell(constraint, sizeFreq, c.size, o.size);
+                    cell *= DesignCell(constraint, kColourFreq, c.colour, o.colour);
+                if (cell != 0.0 && c.size > 0) cell *= DesignCell(constraint, kSizeFreq, c.size, o.size);
                 EXPECT_EQ(d.design(j, k), cell) << "design column " << k;
             }
-            if (form == Form::kNewer) {
-                // No small red heights or the like: each cell is filled, only none at all would be constant.
-                EXPECT_EQ(d.simpleLabels[at], c.simple);
-                EXPECT_EQ(d.cleaned[at], d.removed[at]);
-                left += dropped ? 0 : 1;
+            if (form == Form::kOlder) continue;
+            EXPECT_EQ(d.simpleLabels[At(j)], c.simple);
+            EXPECT_EQ(d.cleaned[At(j)], d.removed[At(j)]);  // every cell has rows
+            if (j > 1 && expected[At(j - 1)].factor != c.factor) first = j;
+            EXPECT_EQ(d.parentsList[At(8 * (j - first) + c.factor)], j);
+            if (j == 23 || expected[At(j + 1)].factor != c.factor) {
+                EXPECT_EQ(d.nbSub[At(c.factor)], j - first + 1);
+                for (int k = j - first + 1; k < 23; ++k)
+                    EXPECT_EQ(d.parentsList[At(8 * k + c.factor)], 0);
             }
         }
-        // Prediction rows: green and S; a colour that the model rows lack; red and no size.
-        for (int j = 1; j <= 23; ++j) {
-            const Column& c = expected[At(j)];
-            if (!IsInteraction(c)) continue;
-            SCOPED_TRACE(::testing::Message() << "prediction column " << j);
-            const auto value = [&](double h, double w) {
-                return c.factor == kHeightWidth    ? h * w
-                       : c.factor == kHeightColour ? h
-                       : c.factor == kColourSize   ? 1.0
-                                                   : w;
-            };
-            EXPECT_EQ(d.predict(1, j), c.colour == 0 || (c.colour == 2 && c.size != 1) ? value(2, 7) : 0.0);
-            EXPECT_EQ(d.predict(2, j), c.colour == 0 ? value(3, 11) : 0.0);
-            EXPECT_EQ(d.predict(3, j), c.colour == 0 || (c.colour == 3 && c.size == 0) ? value(5, 13) : 0.0);
-        }
-        for (int j = 3; j <= 5; ++j)
-            EXPECT_EQ(d.predict(2, j), 0.0);
-        for (int j = 6; j <= 7; ++j)
-            EXPECT_EQ(d.predict(3, j), 0.0);
         if (form == Form::kNewer) {
             EXPECT_EQ(d.pMod2, left);
-            const int columns[] = {1, 1, 3, 2, 1, 6, 3, 6};
-            for (int f = 1, next = 1; f <= 8; ++f) {
-                EXPECT_EQ(d.nbSub[At(f)], columns[f - 1]);
-                for (int k = 1; k <= 23; ++k)
-                    EXPECT_EQ(d.parentsList[static_cast<size_t>(8 * (k - 1) + f - 1)],
-                              k <= columns[f - 1] ? next++ : 0);
-            }
         }
     }
 }
@@ -212,51 +182,39 @@ TEST(DesignProducts, TakeCodedColumnsWithOneTextVariableOrOnRequest)
     one.factors = {{1}, {2}, {3}, {1, 3}};
     one.type = {1, 1, 2, 5};
     const DesignResults alone = BuildDesign(one), requested = BuildDesign(Problem(2), Form::kOlderProducts);
-    for (int i = 1; i <= 7; ++i) {
-        const auto row = At(i);
+    for (int i = 1; i <= 7; ++i)
         for (int a = 1; a <= 2; ++a) {
-            const double coded = Level(kColourOf, row, kColours, a) - Level(kColourOf, row, kColours, 3);
-            EXPECT_EQ(alone.model(i, 5 + a), kHeights[row] * coded);
-            EXPECT_EQ(requested.model(i, 14 + a), kHeights[row] * coded);
-            const double size = Level(kSizeOf, row, kSizes, 1) - Level(kSizeOf, row, kSizes, 2);
+            const double coded = Is(kColourOf[At(i)], kColours, a) - Is(kColourOf[At(i)], kColours, 3);
+            EXPECT_EQ(alone.model(i, 5 + a), kHeights[At(i)] * coded);
+            EXPECT_EQ(requested.model(i, 14 + a), kHeights[At(i)] * coded);
+            const double size = Is(kSizeOf[At(i)], kSizes, 1) - Is(kSizeOf[At(i)], kSizes, 2);
             EXPECT_EQ(requested.model(i, 8 + 2 * (a - 1) + 1), coded * size);
         }
-    }
     EXPECT_EQ(alone.predict(2, 6), 0.0);
 }
 
 TEST(DesignNesting, TheNestingVariableKeepsAllItsLevels)
 {
-    for (const int constraint : {0, 1, 2, 3}) {
-        SCOPED_TRACE(constraint);
-        const Vector colourFreq{3, 6, 4}, sizeFreq{8, 5};
-        struct
-        {
-            std::vector<Integers> nested;
-            bool colourKept, sizeKept;
-        } const cases[] = {{{{kColour, kSize}}, false, true}, {{{kSize, kColour}}, true, false}};
-        for (const auto& c : cases) {
+    for (const int constraint : {0, 1, 2, 3})
+        for (const bool colourInSize : {true, false}) {
+            SCOPED_TRACE(::testing::Message() << constraint << colourInSize);
             DesignProblem problem = Problem(constraint);
-            problem.nested = c.nested;
+            problem.nested = {colourInSize ? Integers{3, 4} : Integers{4, 3}};
             const DesignResults d = BuildDesign(problem);
+            const int ofColour = colourInSize ? constraint : -1, ofSize = colourInSize ? -1 : constraint;
             for (int i = 0; i < 6; ++i) {
                 const int a = i / 2 + 1, b = i % 2 + 1;
-                const bool dropped = (!c.colourKept && IsDroppedLevel(constraint, 3, a)) ||
-                                     (!c.sizeKept && IsDroppedLevel(constraint, 2, b));
-                EXPECT_EQ(d.removed[static_cast<size_t>(8 + i)], dropped ? kDropped : kIn) << i;
-                for (int k = 0; k < 6; ++k) {
-                    const int a2 = k / 2 + 1, b2 = k % 2 + 1;
-                    const double colour = DesignCell(c.colourKept ? 0 : constraint, colourFreq, a, a2);
-                    const double size = DesignCell(c.sizeKept ? 0 : constraint, sizeFreq, b, b2);
-                    EXPECT_EQ(d.design(9 + i, 9 + k), colour * size) << i << " " << k;
-                }
+                const bool dropped = IsDroppedLevel(ofColour, 3, a) || IsDroppedLevel(ofSize, 2, b);
+                EXPECT_EQ(d.removed[At(9 + i)], dropped ? kDropped : kIn) << i;
+                for (int k = 0; k < 6; ++k)
+                    EXPECT_EQ(d.design(9 + i, 9 + k),
+                              DesignCell(ofColour, kColourFreq, a, k / 2 + 1) *
+                                  DesignCell(ofSize, kSizeFreq, b, k % 2 + 1))
+                        << i << " " << k;
             }
-            // The main effects keep their constraint.
-            for (int a = 1; a <= 3; ++a)
-                EXPECT_EQ(d.removed[static_cast<size_t>(1 + a)],
-                          IsDroppedLevel(constraint, 3, a) ? kDropped : kIn);
+            for (int a = 1; a <= 3; ++a)  // the main effects keep their constraint
+                EXPECT_EQ(d.removed[At(2 + a)], IsDroppedLevel(constraint, 3, a) ? kDropped : kIn);
         }
-    }
 }
 
 TEST(DesignCleaning, ConstantColumnsAreMarked)
@@ -285,9 +243,9 @@ TEST(DesignExtents, InactiveFactorsAndRoomAsReserved)
     EXPECT_EQ(some.nbSub[1], 0);
     EXPECT_EQ(some.labels[1], L"colour-blue");
     for (size_t j = 0; j < 12; ++j)
-        EXPECT_NE(some.parents[j], kWidth);
+        EXPECT_NE(some.parents[j], 2);
     for (int i = 1; i <= 7; ++i)
-        EXPECT_EQ(some.model(i, 2), Level(kColourOf, At(i), kColours, 1));
+        EXPECT_EQ(some.model(i, 2), Is(kColourOf[At(i)], kColours, 1));
 
     // Too little room writes nothing outside (BuildDesign looks at the guards), and what fits is the same.
     const DesignResults whole = BuildDesign(Problem(2));
@@ -323,15 +281,10 @@ TEST(DesignExtents, NumberOfColumns)
         Integers variables;
         int columns;
     } const cases[] = {
-        {3, 1, {1, 2, 0}, 1},
-        {4, 1, {3, 4, 0}, 12},
-        {4, 1, {4, 3, 0}, 12},
-        {5, 1, {1, 4, 0}, 4},
-        {5, 1, {1, 3, 4}, 12},
-        {5, 1, {1, 2, 0}, 1},
-        {4, 0, {3, 4, 0}, 0},
-        {4, -1, {3, 4, 0}, 0},
-        {4, 1, {3, 0, 0}, 3},
+        // clang-format off
+        {3, 1, {1, 2, 0}, 1}, {4, 1, {3, 4, 0}, 12}, {4, 1, {4, 3, 0}, 12}, {5, 1, {1, 4, 0}, 4}, {5, 1, {1, 3, 4}, 12},
+        {5, 1, {1, 2, 0}, 1}, {4, 0, {3, 4, 0}, 0}, {4, -1, {3, 4, 0}, 0}, {4, 1, {3, 0, 0}, 3},
+        // clang-format on
     };
     for (const auto& c : cases) {
         Integers type{1, 1, 2, 2, c.type}, active{1, 1, 1, 1, c.active}, nbVars{1, 1, 1, 1, 0};

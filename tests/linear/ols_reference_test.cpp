@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <sstream>
 
@@ -64,8 +65,11 @@ std::vector<Case> ReadCases(const std::string& file)
     return cases;
 }
 
-/** kPrinted of the expected value, or of `scale` where a cell is a difference of numbers of that size. */
-void ExpectTable(const Table& actual, const Reference& expected, const char* name, double scale = 0.0)
+/** The size of a cell that is a difference, by row and column. Its relative error is that of its terms. */
+using Scale = std::function<double(int, int)>;
+
+/** Agreement to kPrinted of the expected value, or of the scale where that is larger. */
+void ExpectTable(const Table& actual, const Reference& expected, const char* name, const Scale& scale = {})
 {
     ASSERT_EQ(actual.rows, expected.rows) << name;
     double worst = 0.0;
@@ -79,8 +83,9 @@ void ExpectTable(const Table& actual, const Reference& expected, const char* nam
                 EXPECT_EQ(got, kMissing) << name << "(" << r << "," << c << ")";
             } else {
                 const double value = std::stod(want);
-                const double error =
-                    got == value ? 0.0 : std::abs(got - value) / std::max(std::abs(value), scale);
+                const double error = got == value ? 0.0
+                                                  : std::abs(got - value) /
+                                                        std::max(std::abs(value), scale ? scale(r, c) : 0.0);
                 EXPECT_LE(error, kPrinted)
                     << name << "(" << r << "," << c << ") is " << got << ", R has " << value;
                 worst = std::max(worst, error);
@@ -149,22 +154,27 @@ TEST_P(OlsReference, EveryTableAgreesWithR)
     const OlsResults r = RunOls(q);
     ASSERT_EQ(r.code, 0);
 
-    // A residual is a difference: its last digits are those of the response.
-    double size = 0.0;
-    for (double y : q.y)
-        size = std::max(size, std::abs(y));
+    const double size = std::abs(*std::max_element(q.y.begin(), q.y.end()));
+    const Scale ofResponse = [&](int, int) { return 1E-3 * size; };
+    const Scale ofDeviations = [&](int row, int) {
+        return 1E-3 * r.deviations(row);
+    };  // weighted sums may be 0
+    const auto error = [&](int i) { return r.parameters(i <= q.p ? i + 1 : 1, kParStdError); };
+    const Scale ofErrors = [&](int row, int col) {
+        return 1E-3 * error(row) * error(col);
+    };  // covariances may be 0
     ExpectTable(r.anova, c["anova"], "anova");
     ExpectTable(r.fit, c["fit"], "fit");
-    ExpectTable(r.means, c["means"], "means");
+    ExpectTable(r.means, c["means"], "means", ofDeviations);
     ExpectTable(r.deviations, c["deviations"], "deviations");
     ExpectTable(r.raw, c["raw"], "raw");
     ExpectTable(r.reported, c["reported"], "reported");
     ExpectTable(r.parameters, c["parameters"], "parameters");
     ExpectTable(r.beta, c["beta"], "beta");
-    ExpectTable(r.covariance, c["covariance"], "covariance");
+    ExpectTable(r.covariance, c["covariance"], "covariance", ofErrors);
     ExpectTable(r.predictions, c["predictions"], "predictions");
     ExpectTable(r.errors, c["prediction_errors"], "prediction_errors");
-    ExpectTable(r.residuals, c["residuals"], "residuals", 1E-3 * size);
+    ExpectTable(r.residuals, c["residuals"], "residuals", ofResponse);
     ExpectTable(r.cook, c["cook"], "cook");
     ExpectTable(r.leaveOneOut, c["leave_one_out"], "leave_one_out");
 }

@@ -116,9 +116,9 @@ run <- function(name, y, x = NULL, q = list(), factors, code = 0, wc = rep(1, le
   if (all(W == 1) && c1) stopifnot(all.equal(fitv[5], summary(fit)$adj.r.squared), all.equal(fitv[7], sigma(fit)))
 
   cov_ <- if (keepraw == 0) VV else RV
-  if (keepraw == 0) {                                      # cells of columns outside the model, and of a fixed intercept
+  if (!c1) cov_[p + 1, ] <- cov_[, p + 1] <- KEPT          # row and column of a fixed intercept
+  if (keepraw == 0) {                                      # cells of columns outside the model
     cov_[c(drop, FALSE), c(rep(TRUE, p), FALSE)] <- KEPT; cov_[c(rep(TRUE, p), FALSE), c(drop, FALSE)] <- KEPT
-    if (!c1) cov_[p + 1, ] <- cov_[, p + 1] <- KEPT
   }
   writeLines(paste("case", name), out)
   put("options", c(code, inter, as.numeric(!c1), if (c1) 0 else fixed, keepraw, alpha))
@@ -152,7 +152,6 @@ run("states_by_population", S$`Life Exp`, x = S[, c("Murder", "HS Grad", "Frost"
 run("states_both_weights", S$`Life Exp`, x = S[, c("Murder", "HS Grad", "Frost")], factors = list(1, 2, 3),
     wc = rep(c(1, 2, 3, 1, 4), 10), wr = S$Area / 50000, keepraw = 0)
 run("trees_no_intercept", trees$Volume, x = trees[, c("Girth", "Height")], factors = list(1, 2), fixed = 0, keepraw = 0)
-run("trees_fixed_intercept", trees$Volume, x = trees[, c("Girth", "Height")], factors = list(1, 2), fixed = 2,
-    keepraw = 0)
+run("trees_fixed_intercept", trees$Volume, x = trees[, c("Girth", "Height")], factors = list(1, 2), fixed = 2)
 run("longley", longley$Employed, x = longley[, 1:6], factors = as.list(1:6))
 close(out)

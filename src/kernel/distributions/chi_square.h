@@ -1,5 +1,5 @@
-/** The chi-square distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100). Infinite ones give all probability at
-   infinity. df of 0, negative or NaN gives NaN; so does NaN x. */
+/** The chi-square distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100).
+   Infinite ones give all probability at infinity. df of 0, negative or NaN gives NaN; so does NaN x. */
 #pragma once
 
 #include "kernel/distributions/quantile_search.h"

@@ -1,6 +1,6 @@
-/** Fisher's F distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100). Infinite ones give the limits: chi-square / df1,
-   the reciprocal of chi-square / df2, or 1 itself when both are infinite. Degrees of freedom of 0, negative
-   or NaN give NaN; so does NaN F. */
+/** Fisher's F distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100). Infinite
+   ones give the limits: chi-square / df1, the reciprocal of chi-square / df2, or 1 itself when both are
+   infinite. Degrees of freedom of 0, negative or NaN give NaN; so does NaN F. */
 #pragma once
 
 /** P(F(df1, df2) <= F) with lower other than 0, P(F(df1, df2) > F) with lower = 0. Relative error below 1e-13

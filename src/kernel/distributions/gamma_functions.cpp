@@ -96,8 +96,8 @@ double GammaByProduct(double x)
     return product / Polynomial(kReciprocalGammaFrom1, 2 * x - 3);
 }
 
-/** log gamma(x) for x >= kGammaStirling as a two-double, (x - 1/2) (log x - 1) + (log(2 pi) - 1) / 2 +
- * delta(x). */
+/** log gamma(x) for x >= kGammaStirling as a two-double,
+    (x - 1/2) (log x - 1) + (log(2 pi) - 1) / 2 + delta(x). */
 TwoDouble StirlingExponent(double x)
 {
     const TwoDouble main = Multiply(Add(Log({x, 0}), -1), x - 0.5);

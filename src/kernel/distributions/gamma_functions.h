@@ -35,12 +35,12 @@ double GammaFunction(double x);
 /** log1p(x) - x without cancellation, x > -1. */
 double Log1pMinusX(double x);
 
-/** The Stirling error delta(z) = log gamma(z) - [(z - 1/2) log z - z + log(2 pi)/2] for z > 0: about 1/(12
- * z). */
+/** The Stirling error delta(z) = log gamma(z) - [(z - 1/2) log z - z + log(2 pi)/2] for z > 0: about
+    1/(12 z). */
 double StirlingError(double z);
 
-/** Natural log of the complete beta function B(a, b), a, b > 0, without cancellation between large
- * parameters. */
+/** Natural log of the complete beta function B(a, b), a, b > 0, without cancellation between
+    large parameters. */
 double LogBeta(double a, double b);
 
 /** exp(z^2) erfc(z) for z >= 0: what is left of the tail when its exponential is taken out. */

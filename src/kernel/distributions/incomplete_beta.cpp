@@ -14,9 +14,9 @@ namespace {
 constexpr double kTwoPi = 6.28318530717958647693;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kVanishingDeviance = 800.0;  // exp of its negative is 0
-constexpr double kDeepDeviance = 20.0;  // beyond it the exponent is formed in two-doubles (tuned)
-constexpr double kRatioStart = -0.5;    // log(1 + u) is taken from 1 + u itself below
-constexpr double kSideShift = 0.75;     // see IsLowerSide (tuned)
+constexpr double kDeepDeviance = 20.0;        // beyond it the exponent is formed in two-doubles (tuned)
+constexpr double kRatioStart = -0.5;          // log(1 + u) is taken from 1 + u itself below
+constexpr double kSideShift = 0.75;           // see IsLowerSide (tuned)
 
 /** 1 / B(a, b) without its powers: 1 / B(a, b) = root exp(correction) / (x0^a y0^b) with x0 = a / (a + b), y0
    = b / (a + b), where correction collects the Stirling errors. */

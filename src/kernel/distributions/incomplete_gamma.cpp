@@ -13,10 +13,10 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530717958647693;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kUpperSideStart = 0.75;  // the upper tail's fraction serves from a + this (tuned)
+constexpr double kUpperSideStart = 0.75;      // the upper tail's fraction serves from a + this (tuned)
 constexpr double kVanishingDeviance = 800.0;  // exp of its negative is 0
-constexpr double kDeepDeviance = 20.0;    // beyond it the exponent is formed in two-doubles (tuned)
-constexpr double kRatioStart = -0.5;      // log(1 + u) is taken from 1 + u itself below
+constexpr double kDeepDeviance = 20.0;        // beyond it the exponent is formed in two-doubles (tuned)
+constexpr double kRatioStart = -0.5;          // log(1 + u) is taken from 1 + u itself below
 constexpr double kSmallestRatio =
     1e-250;  // x / a below it has only its leading term; keeps two-doubles normal
 

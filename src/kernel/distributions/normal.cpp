@@ -43,12 +43,11 @@ double CentralQuantile(double q)
     return q * (Polynomial(kNormalCentralOver, r) / Polynomial(kNormalCentralUnder, r));
 }
 
-/** z > 0 with P(Z > z) = tail, for small tails: nearly a straight line in r = sqrt(-log tail).
-    The intervals are those of the rational approximations in coefficients.h; the form follows
-    M. J. Wichura (1988), Algorithm AS 241: The percentage points of the normal distribution. */
-double QuantileOfTail(double tail)
+/** z > 0 with P(Z > z) = tail < 0.075 from rational approximations, nearly straight lines in r = sqrt(-log
+   tail). The form follows M. J. Wichura (1988), Algorithm AS 241: The percentage points of the normal
+   distribution. */
+double ApproximateQuantile(double r)
 {
-    const double r = std::sqrt(-std::log(tail));
     if (r < kMiddleStart) {
         const double d = r - kNearStart;
         return Polynomial(kNormalNearOver, d) / Polynomial(kNormalNearUnder, d);
@@ -59,6 +58,17 @@ double QuantileOfTail(double tail)
     }
     const double d = r - kFarStart;
     return Polynomial(kNormalFarOver, d) / Polynomial(kNormalFarUnder, d);
+}
+
+/** The quantile of a small tail. Far out an ulp of z changes the tail by z^2 ulps, so a Newton step on log
+   P(Z > z), whose derivative is minus the hazard, settles the last one. */
+double QuantileOfTail(double tail)
+{
+    const double r = std::sqrt(-std::log(tail));
+    const double z = ApproximateQuantile(r);
+    if (r < kMiddleStart) return z;
+    const double hazard = kReciprocalRootTwoPi / (0.5 * ScaledErfc(z * kRootHalf));
+    return z + (TailBeyond(z) - tail) / tail / hazard;
 }
 
 }  // namespace

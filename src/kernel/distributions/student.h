@@ -1,6 +1,5 @@
-/** Student's t distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100); infinite ones give the
-    normal distribution.
-    df of 0, negative or NaN gives NaN; so does NaN t. */
+/** Student's t distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100); infinite
+   ones give the normal distribution. df of 0, negative or NaN gives NaN; so does NaN t. */
 #pragma once
 
 /** P(T <= t) with lower other than 0, P(T > t) with lower = 0. Relative error below 1e-13 in both tails.

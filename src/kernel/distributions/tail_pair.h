@@ -4,7 +4,7 @@
 namespace korvenrg::distributions {
 
 /** Both tails of a distribution at one point of a positive variable v, with the derivatives that the
- * quantiles use. */
+    quantiles use. */
 struct TailPair
 {
     double lower;

@@ -1,5 +1,5 @@
 /** The uniform asymptotic expansion that the beta and gamma distributions share where their parameters are
- * large. */
+    large. */
 #pragma once
 
 #include "kernel/distributions/tail_pair.h"
@@ -7,7 +7,7 @@
 namespace korvenrg::distributions {
 
 /** A beta distribution (or, with w = 0 and skew = 1, a gamma distribution) at one point, by its normal
- * variable sigma. */
+    variable sigma. */
 struct NormalForm
 {
     double harmonic;   // r w = a b / (a + b); a for the gamma distribution
