@@ -69,26 +69,34 @@ class PendingFiles
     std::vector<fs::path> names_;
 };
 
-std::string Quoted(const std::string& text)
+void AppendText(std::string& line, const std::string& text)
 {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string quoted = "\"";
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        line.append(text);
+        return;
+    }
+    line.push_back('"');
     for (char letter : text)
-        quoted += letter == '"' ? std::string("\"\"") : std::string(1, letter);
-    return quoted + "\"";
+        line.append(letter == '"' ? 2 : 1, letter);
+    line.push_back('"');
 }
 
 std::string CsvText(const ResultTable& table)
 {
-    std::string text = Quoted(table.labelHead);
-    for (const ResultTable::Column& column : table.columns)
-        text += "," + Quoted(column.head);
-    text += table.hasNotes ? ",Note\n" : "\n";
+    std::string text;
+    AppendText(text, table.labelHead);
+    for (const ResultTable::Column& column : table.columns) {
+        text.push_back(',');
+        AppendText(text, column.head);
+    }
+    text.append(table.hasNotes ? ",Note\n" : "\n");
     for (const ResultTable::Row& row : table.rows) {
-        text += Quoted(row.label);
+        AppendText(text, row.label);
         for (double cell : row.cells)
-            text += IsMissing(cell) ? "," : fmt::format(",{:.17g}", cell);
-        text += table.hasNotes ? "," + Quoted(row.note) + "\n" : "\n";
+            text.append(IsMissing(cell) ? "," : fmt::format(",{:.17g}", cell));
+        if (table.hasNotes) text.push_back(',');
+        AppendText(text, row.note);
+        text.push_back('\n');
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include "korvenrg.h"
 #include "user_error.h"
@@ -24,6 +25,17 @@ std::vector<double> OptionVector(const Options& options)
     position(15) = static_cast<double>(options.constraint);
     position(17) = 1.0;  // covariance of the reported parameters
     return info;
+}
+
+/** Weights of mean 1. Coefficients do not depend on the scale, but the door's standard error of the intercept
+ * and its errors of predictions do: they hold when the weights sum to the number of observations. */
+std::vector<double> ScaledWeights(std::vector<double> weights)
+{
+    const double mean =
+        std::accumulate(weights.begin(), weights.end(), 0.0) / static_cast<double>(weights.size());
+    for (double& weight : weights)
+        weight /= mean;
+    return weights;
 }
 
 }  // namespace
@@ -53,7 +65,7 @@ Fit FitModel(const ModelData& data, const Design& design, const Options& options
     Design input = design;  // the door takes all arrays as writable
     std::vector<double> response = data.response;
     std::vector<double> caseWeights(n, 1.0);
-    std::vector<double> regressionWeights = data.weights;
+    std::vector<double> regressionWeights = ScaledWeights(data.weights);
     std::vector<double> info = OptionVector(options);
     const auto active = std::count(design.factorActive.begin(), design.factorActive.end(), 1);
 

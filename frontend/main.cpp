@@ -50,7 +50,9 @@ void AddModelOptions(CLI::App& command, Options& options)
                     options.qualitative,
                     "a column whose values are categories; may be repeated")
         ->allow_extra_args(false);
-    command.add_option("--weights", options.weights, "column of regression weights, 0 or more");
+    command.add_option("--weights",
+                       options.weights,
+                       "column of regression weights, 0 or more; scaled to mean 1");
     static const std::map<std::string, Constraint> kConstraints{{"first", Constraint::kFirst},
                                                                 {"last", Constraint::kLast},
                                                                 {"sum", Constraint::kSum},

@@ -126,7 +126,7 @@ std::string TitleText(const ModelData& data, const Options& options)
                         Counted(data.rows.size(), "observation", "observations"),
                         Counted(data.droppedRows, "row", "rows"));
     if (!options.weights.empty()) {
-        text += fmt::format("Weights: {}", options.weights);
+        text += fmt::format("Weights: {}, scaled to mean 1", options.weights);
         const auto zero = std::count(data.weights.begin(), data.weights.end(), 0.0);
         if (zero > 0) text += fmt::format(" ({} of weight 0, counted in the degrees of freedom)", zero);
         text += "\n";

@@ -229,6 +229,7 @@ def main():
     print("    of them in multiprecision. Not edited by hand. */")
     print("#pragma once\n")
     print('#include "kernel/distributions/two_double.h"\n')
+    print("// clang-format off\n")
     print("namespace korvenrg::distributions {\n")
 
     print_pairs("log(i / 128), i = 90..182, to 106 bits.", "kLogOfGrid", [mp.log(mp.mpf(i) / 128) for i in range(90, 183)])

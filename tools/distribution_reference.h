@@ -1,6 +1,6 @@
 /** The distributions in 70-digit arithmetic: the oracle of the reference tables and of the accuracy
-   programme. Slow and plain, by formulas other than the engine's: Boost.Math's gamma functions, power series,
-   and the classical continued fractions by Lentz's method. */
+    programme. Slow and plain, by formulas other than the engine's: Boost.Math's gamma functions, power
+    series, and the classical continued fractions by Lentz's method. */
 #pragma once
 
 #include <boost/math/constants/constants.hpp>

@@ -210,9 +210,13 @@ void NoteQuantile(Worst& worst,
                   const std::function<Tails(Real)>& tailsAt,
                   const std::string& where)
 {
-    if (!std::isfinite(quantile) || std::fabs(quantile) < kSmallest) return;
     const auto tail = [&](const Real& x) { return p <= 0.5 ? tailsAt(x).lower : tailsAt(x).upper; };
     const Real target = p <= 0.5 ? Real(p) : 1 - Real(p);
+    if (std::isinf(quantile) || std::fabs(quantile) < kSmallest) {  // outside the doubles, or wrong
+        const double end = std::isinf(quantile) ? std::copysign(1 / kSmallest, quantile) : kSmallest;
+        if (tail(end) < target * (1 - 1e-12)) worst.Note(HUGE_VAL, where);
+        return;
+    }
     const Real reached = tail(quantile);
     const Real neighbour = tail(std::nextafter(quantile, HUGE_VAL));
     const Real error = abs(reached - target) / target - abs(neighbour - reached) / (2 * target);

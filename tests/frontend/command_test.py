@@ -260,6 +260,7 @@ class Refusals(InFolder):
                 (data, ["--response", "y", "--terms", " "], "names no column"),
                 (data, ["--response", "y", "--terms", "x y"], "response 'y' is also a term"),
                 (data, ["--response", "y", "--terms", "x", "--qualitative", "g"], "'g' is in no term"),
+                (data, ["--response", "y", "--terms", "x g x*g", "--constraint", "sum"], "needs --constraint first"),
                 (data, ["--response", "g", "--terms", "x"], "column 'g' must be numeric"),
                 (data, ["--response", "y", "--terms", "x", "--weights", "g"], "column 'g' must be numeric"),
                 (negative, ["--response", "y", "--terms", "x", "--weights", "w"], "data row 2 holds -0.5"),

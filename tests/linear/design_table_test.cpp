@@ -222,11 +222,14 @@ TEST(DesignCleaning, ConstantColumnsAreMarked)
     DesignProblem d = Problem(1);
     d.model.q[1] = {L"L", L"S", L"L", L"L", L"S", L"L", L"L"};  // green, red only L; blue only S
     d.model.x[1].assign(7, 4.0);
+    d.model.q[0][0] = L"violet";  // in no category: counts nowhere
     const DesignResults r = BuildDesign(d);
     EXPECT_EQ(r.cleaned[1], kConstant);  // width
     EXPECT_EQ(r.removed[1], kIn);
     EXPECT_EQ(r.cleaned[8], kConstant);  // blue L: an empty cell
     EXPECT_EQ(r.cleaned[10], kIn);       // green L
+    EXPECT_EQ(r.freq(13), 1.0);          // red L, without row 1
+    EXPECT_EQ(r.model(1, 13), 0.0);
     int left = 0;
     for (size_t j = 0; j < 23; ++j)
         left += r.cleaned[j] == kIn ? 1 : 0;

@@ -100,6 +100,12 @@ TEST(OlsInvariants, NormalEquationsAndTotals)
         if (c.fixed == 1)
             sse *= (swc - 1) / (sw - 1);  // a fixed intercept leaves the deviations on the sum of weights
         ExpectClose(r.anova(kAnovaError, kAnovaSumOfSquares), sse, kIterative);
+        if (c.fixed == 1)
+        {  // R squared is that of the response on its prediction under the regression weights
+            OlsProblem onPrediction = Regression(q.y, {r.predictions.Column(1)});
+            onPrediction.wr = q.wr;
+            ExpectClose(r.fit(kFitRSquared), RunOls(onPrediction).fit(kFitRSquared), kIterative);
+        }
         ExpectClose(r.anova(kAnovaModel, kAnovaSumOfSquares) + r.anova(kAnovaError, kAnovaSumOfSquares),
                     r.anova(kAnovaTotal, kAnovaSumOfSquares),
                     kRoundoff);

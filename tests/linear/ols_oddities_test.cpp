@@ -173,9 +173,14 @@ TEST(OlsOddities, ConstantsOnlyGiveNoModel)
 
 TEST(OlsForcedPass, StatesOfColumns)
 {
-    const Vector y{0.01, 0.04, 0.02}, a{1, 2, 4}, b{3, 1, 2}, c{1, 5, 2}, d{7, 1, 4};
-    const OlsProblem threeRows = Regression(y, {a, b, c, d}, {1, 1, 1, 2}),
-                     twoTwo = Regression(y, {a, b, c, d}, {1, 1, 2, 2});
+    // Eight rows that count as three: the columns are independent and only the degrees of freedom end.
+    const Vector c{1, 5, 2, 2, 0, 1, 3, 7}, d{7, 1, 4, 9, 2, 2, 5, 1};
+    const auto countingThree = [&](const Integers& factorOf) {
+        OlsProblem q = Regression(kY, {kA, kB, c, d}, factorOf);
+        q.wc.assign(8, 0.375);
+        return q;
+    };
+    const OlsProblem threeRows = countingThree({1, 1, 1, 2}), twoTwo = countingThree({1, 1, 2, 2});
     const OlsProblem two = Regression(kY, {kA, kB});
     struct
     {
@@ -187,6 +192,7 @@ TEST(OlsForcedPass, StatesOfColumns)
     } cases[] = {
         // clang-format off
         {"degrees of freedom end in mid-factor", threeRows, {0, 0, 0, 0}, {kIn, kIn, kRefused, kRefused}, {1, 0}, 2, 0},
+        {"counted over factors", countingThree({1, 2, 2, 2}), {0, 0, 0, 0}, {kIn, kIn, kRefused, kRefused}, {1, 1}, 2, 0},
         {"one more with a fixed intercept", threeRows, {0, 0, 0, 0}, {kIn, kIn, kIn, kRefused}, {1, 0}, 3, 1},
         {"an excluded one keeps its state", twoTwo, {0, 0, kDropped, 0}, {kIn, kIn, kDropped, kRefused}, {1, 0}, 2, 0},
         {"excluded by the caller", two, {7, 0}, {7, kIn}, {0, 1}, 1, 0},

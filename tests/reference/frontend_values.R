@@ -139,7 +139,8 @@ reference("longley", Employed ~ GNP.deflator + GNP + Unemployed + Armed.Forces +
 reference("warpbreaks cells", breaks ~ wool + tension + wool:tension, warp, alpha = 0.01)
 reference("warpbreaks last", breaks ~ wool + tension + wool:tension, warp, "last")
 reference("moore slopes", conformity ~ fscore + partner.status + fscore:partner.status, moore)
-reference("states weighted", Income ~ Illiteracy + Murder, states, weights = states$Population)
+reference("states weighted", Income ~ Illiteracy + Murder, states,
+  weights = states$Population / mean(states$Population))  # the command scales weights to mean 1
 reference("states product", Murder ~ Illiteracy + Frost + Illiteracy:Frost, states)
 
 write.csv(do.call(rbind, rows), "tests/reference/frontend_values.csv", row.names = FALSE, quote = 1:4)

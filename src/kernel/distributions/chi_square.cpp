@@ -20,8 +20,8 @@ double PowerTailLog(double probability, double a)
     return std::log(2.0) + (std::log(probability) + GammaLn(a + 1)) / a;
 }
 
-/** The cube-root normal approximation: E. B. Wilson & M. M. Hilferty (1931), The distribution of chi-square.
- */
+/** The cube-root normal approximation: E. B. Wilson & M. M. Hilferty (1931), The distribution of
+    chi-square. */
 double WilsonHilferty(double z, double df)
 {
     const double c = 2 / (9 * df);

@@ -4,6 +4,8 @@
 
 #include "kernel/distributions/two_double.h"
 
+// clang-format off
+
 namespace korvenrg::distributions {
 
 /** log(i / 128), i = 90..182, to 106 bits. */

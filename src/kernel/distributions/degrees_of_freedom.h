@@ -6,11 +6,11 @@
 namespace korvenrg::distributions {
 
 /** Degrees of freedom from which Student's and Fisher's distributions are replaced by their limits: the
-   difference is below rounding. */
+    difference is below rounding. */
 inline constexpr double kInfiniteDf = 1e20;
 
-/** Smaller positive degrees of freedom count as this number, where the tails have reached their limits for df
- * to 0. */
+/** Smaller positive degrees of freedom count as this number, where the tails have reached their limits
+    for df to 0. */
 inline constexpr double kLeastDf = 1e-100;
 
 /** Whether df is one: positive, perhaps infinite, not NaN. */

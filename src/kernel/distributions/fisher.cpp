@@ -23,8 +23,8 @@ constexpr double kLogLargest = 709.78;  // log of the largest double
 constexpr double kLeastNormalHalfDf =
     0.75;  // both halves of df above it: the normal start of the quantile (tuned)
 
-/** Both tails for 0 < F < infinity and finite degrees of freedom, with derivatives by log F: df1 F / df2 are
-   the odds of a beta variable with parameters df1/2 and df2/2 (Abramowitz & Stegun 1964, 26.6.2). */
+/** Both tails for 0 < F < infinity and finite degrees of freedom, with derivatives by log F: df1 F / df2
+    are the odds of a beta variable with parameters df1/2 and df2/2 (Abramowitz & Stegun 1964, 26.6.2). */
 TailPair FiniteTails(double F, double df1, double df2)
 {
     const double a = 0.5 * df1;
@@ -83,8 +83,8 @@ TailTarget OppositeTail(double p)
     return {target.probability, !target.isLower};
 }
 
-/** log F where the smaller df is alone responsible for the variation: F or 1 / F is chi-square over that df.
- */
+/** log F where the smaller df is alone responsible for the variation: F or 1 / F is chi-square over that
+    df. */
 double ChiSquareStartLog(double p, double df1, double df2)
 {
     if (df1 <= df2) return std::log(ChiSquareQuantileStart(SmallerTail(p), df1) / df1);
@@ -92,7 +92,7 @@ double ChiSquareStartLog(double p, double df1, double df2)
 }
 
 /** A start for log F: the normal one, or with few degrees of freedom the chi-square one between the power
-   laws of the two tails, which are bounds. */
+    laws of the two tails, which are bounds. */
 double QuantileStartLog(double p, double df1, double df2)
 {
     const double a = 0.5 * df1;

@@ -104,8 +104,8 @@ TwoDouble StirlingExponent(double x)
     return Add(main, Add(Add(kHalfLogTwoPiPair, -0.5), StirlingError(x)));
 }
 
-/** gamma(x) for x < 0 from gamma(x) gamma(-x) = -pi / (x sin(pi x)) (Abramowitz & Stegun 1964, 6.1.17): -x is
-   exact, 1 - x would not be. */
+/** gamma(x) for x < 0 from gamma(x) gamma(-x) = -pi / (x sin(pi x)) (Abramowitz & Stegun 1964, 6.1.17):
+    -x is exact, 1 - x would not be. */
 double GammaByReflection(double x)
 {
     if (x < kGammaUnderflow) return 0;

@@ -2,9 +2,9 @@
     They are written here because the platforms' own differ, some by thousands of ulps. */
 #pragma once
 
-/** Natural log of |gamma(x)| for any real x. Relative error near 1e-15, beside the zeros 1 and 2 too; below 0
-   the zeros of log gamma leave an absolute error of that size. Poles (0, -1, -2, ...) and both infinities
-   give +infinity, NaN gives NaN. */
+/** Natural log of |gamma(x)| for any real x. Relative error near 1e-15, beside the zeros 1 and 2 too;
+    below 0 the zeros of log gamma leave an absolute error of that size. Poles (0, -1, -2, ...) and both
+    infinities give +infinity, NaN gives NaN. */
 double GammaLn(double x);
 
 /** The logarithmic derivative of the gamma function, psi(x). Poles (0, -1, ...) give NaN, so does -infinity;
@@ -14,8 +14,8 @@ double Digamma(double x);
 /** The derivative of Digamma. Poles give +infinity; -infinity gives NaN; +infinity gives 0. */
 double Trigamma(double x);
 
-/** The error function 2/sqrt(pi) * integral of exp(-t^2) over 0..x. Infinities give -1 and 1, NaN gives NaN.
- */
+/** The error function 2/sqrt(pi) * integral of exp(-t^2) over 0..x. Infinities give -1 and 1, NaN gives
+    NaN. */
 double derf(double x);
 
 /** 1 - derf(x), computed directly: keeps its relative accuracy for large x. */

@@ -18,8 +18,8 @@ constexpr double kDeepDeviance = 20.0;        // beyond it the exponent is forme
 constexpr double kRatioStart = -0.5;          // log(1 + u) is taken from 1 + u itself below
 constexpr double kSideShift = 0.75;           // see IsLowerSide (tuned)
 
-/** 1 / B(a, b) without its powers: 1 / B(a, b) = root exp(correction) / (x0^a y0^b) with x0 = a / (a + b), y0
-   = b / (a + b), where correction collects the Stirling errors. */
+/** 1 / B(a, b) without its powers: 1 / B(a, b) = root exp(correction) / (x0^a y0^b) with x0 = a / (a +
+    b), y0 = b / (a + b), where correction collects the Stirling errors. */
 struct BetaScale
 {
     double root;
@@ -35,8 +35,8 @@ BetaScale ScaleOf(double a, double b)
             (StirlingError(sum) - StirlingError(large)) - StirlingError(small)};
 }
 
-/** x^a y^b / B(a, b) from log(x / x0) and log(y / y0); the exponent is a two-double, since its parts may be
-   1e9 times their sum. */
+/** x^a y^b / B(a, b) from log(x / x0) and log(y / y0); the exponent is a two-double, since its parts may
+    be 1e9 times their sum. */
 double WeightOfLogs(double a, double b, const BetaScale& scale, TwoDouble logX, TwoDouble logY)
 {
     const TwoDouble exponent = Add(Multiply(logX, a), Multiply(logY, b));
@@ -58,10 +58,10 @@ double Deviation(double u, double ratio)
     return u < kRatioStart ? std::log(ratio) - u : Log1pMinusX(u);
 }
 
-/** -[a log(x / x0) + b log(y / y0)]. With lambda = a y - b x is x / x0 = 1 - lambda / a and y / y0 = 1 +
-   lambda / b, hence the same as -a g(-lambda / a) - b g(lambda / b), g(u) = log(1 + u) - u <= 0: a sum
-   without cancellation. The deviance form after C. Loader (2000), Fast and accurate computation of binomial
-   probabilities. */
+/** -[a log(x / x0) + b log(y / y0)]. With lambda = a y - b x is x / x0 = 1 - lambda / a and
+    y / y0 = 1 + lambda / b, hence the same as -a g(-lambda / a) - b g(lambda / b) with
+    g(u) = log(1 + u) - u <= 0: a sum without cancellation. The deviance form after C. Loader (2000), Fast and
+    accurate computation of binomial probabilities. */
 double DevianceAt(double a, double b, const BetaPoint& point)
 {
     const double sum = a + b;
@@ -70,7 +70,7 @@ double DevianceAt(double a, double b, const BetaPoint& point)
 }
 
 /** x^a y^b / B(a, b). The rounding of the deviance reaches it multiplied by the deviance's size: the deep
-   tail takes two-doubles. */
+    tail takes two-doubles. */
 double WeightAt(double a, double b, const BetaScale& scale, const BetaPoint& point, double deviance)
 {
     if (!(deviance < kVanishingDeviance)) return 0;
@@ -78,11 +78,12 @@ double WeightAt(double a, double b, const BetaScale& scale, const BetaPoint& poi
     return scale.root * std::exp(scale.correction - deviance);
 }
 
-/** The steps of the continued fraction of I_x(a, b) B(a, b) / (x^a y^b), even part, with lambda = a y - b x:
+/** The steps of the continued fraction of I_x(a, b) B(a, b) / (x^a y^b), even part, with lambda = a y - b
+    x:
         alpha(n+1) = (a+n-1) (a+b+n-1) n (b-n) x^2 / (a+2n-1)^2
         beta(n+1)  = n + n (b-n) x / (a+2n-1) + (a+n) (lambda + 1 + n (1 + y)) / (a+2n+1).
     Source: A. R. DiDonato & A. H. Morris (1992), Significant digit computation of the incomplete beta
-   function ratios, section on the continued fraction. */
+    function ratios, section on the continued fraction. */
 class BetaSteps
 {
   public:
@@ -113,10 +114,9 @@ class BetaSteps
     double inverse_ = 0;  // 1 / (a + 2n - 1)
 };
 
-/** Whether the lower tail is the one to compute: x up to (a + d) / (a + b + 2 d), d = kSideShift, somewhat
-   beyond the mean on the side of the smaller parameter, where the fractions of both tails converge at about
-   the same rate. The other tail is then at least 1/70 for a, b >= 1/20: as 1 minus the computed one it loses
-   less than two digits. */
+/** Whether the lower tail is the one to compute: x up to (a + d) / (a + b + 2 d), d = kSideShift. That is
+    beyond the mean on the side of the smaller parameter, where the other tail's fraction is slow; the other
+    tail is still large enough there to be one minus this one. */
 bool IsLowerSide(const BetaPoint& point)
 {
     return point.belowMean >= kSideShift * (point.x - point.y);

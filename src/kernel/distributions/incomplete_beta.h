@@ -17,12 +17,15 @@ struct BetaPoint
 };
 
 /** I_x(a, b) (lower) and 1 - I_x(a, b) = I_y(b, a) (upper) for finite a, b > 0 and odds x / y in
-   1e-250..1e250. weight = x^a y^b / B(a, b), the derivative of lower with respect to log(x/y). Relative error
-   about 3e-14 in both tails for a, b up to 1e20. */
+    1e-250..1e250; weight = x^a y^b / B(a, b), the derivative of lower with respect to log(x/y).
+    Relative error below 1e-13 in both tails, see docs/accuracy.md. The methods, in this order:
+      the uniform expansion (uniform_expansion.h) where a b / (a + b) is large and the point not too far out;
+      else the continued fraction of the tail on whose side of the mean, about, the point lies; the other
+      tail, then at least 1/70 for a, b >= 1/20, is one minus it. */
 TailPair BetaTails(double a, double b, const BetaPoint& point);
 
 /** The same where one side of the point is so small that only the leading term counts: logOdds = log(x / y),
-   far below -log(max(1, a, b)) - 40 or far above its mirror image. Serves arguments whose odds overflow. */
+    below -log(max(1, a, b)) - 40 or above its mirror image. Serves arguments whose odds overflow. */
 TailPair BetaTailsOfExtreme(double a, double b, TwoDouble logOdds);
 
 /** I_x(a, b) with the complement y = 1 - x passed along: the smaller of the two is taken as exact.

@@ -36,8 +36,8 @@ double DevianceAt(double a, double x, double distance)
     return -a * (u < kRatioStart ? std::log(x / a) - u : Log1pMinusX(u));
 }
 
-/** x^a e^-x / gamma(a) = sqrt(a / (2 pi)) exp(-deviance - delta(a)). The rounding of the deviance reaches it
-   multiplied by the deviance's size: the deep tail takes two-doubles. */
+/** x^a e^-x / gamma(a) = sqrt(a / (2 pi)) exp(-deviance - delta(a)). The rounding of the deviance reaches
+    it multiplied by the deviance's size: the deep tail takes two-doubles. */
 double WeightAt(double a, TwoDouble x, TwoDouble distance, double deviance)
 {
     if (!(deviance < kVanishingDeviance)) return 0;
@@ -45,10 +45,10 @@ double WeightAt(double a, TwoDouble x, TwoDouble distance, double deviance)
     return std::sqrt(a / kTwoPi) * std::exp(-deviance - StirlingError(a));
 }
 
-/** The steps of the continued fraction of P(a, x) gamma(a) e^x / x^a: the limit for b to infinity, x to x / b
-   of the fraction of A. R. DiDonato & A. H. Morris (1992), Significant digit computation of the incomplete
-   beta function ratios: alpha(n+1) = (a+n-1) n x^2 / (a+2n-1)^2 beta(n+1)  = n + n x / (a+2n-1) + (a+n) (a -
-   x + 1 + 2n) / (a+2n+1). */
+/** The steps of the continued fraction of P(a, x) gamma(a) e^x / x^a: the limit for b to infinity, x to x
+    / b of the fraction of A. R. DiDonato & A. H. Morris (1992), Significant digit computation of the
+    incomplete beta function ratios: alpha(n+1) = (a+n-1) n x^2 / (a+2n-1)^2 beta(n+1)  = n + n x /
+    (a+2n-1) + (a+n) (a - x + 1 + 2n) / (a+2n+1). */
 class LowerSteps
 {
   public:

@@ -43,9 +43,9 @@ double CentralQuantile(double q)
     return q * (Polynomial(kNormalCentralOver, r) / Polynomial(kNormalCentralUnder, r));
 }
 
-/** z > 0 with P(Z > z) = tail < 0.075 from rational approximations, nearly straight lines in r = sqrt(-log
-   tail). The form follows M. J. Wichura (1988), Algorithm AS 241: The percentage points of the normal
-   distribution. */
+/** z > 0 with P(Z > z) = tail < 0.075 from rational approximations, nearly straight lines in r =
+    sqrt(-log tail). The form follows M. J. Wichura (1988), Algorithm AS 241: The percentage points of the
+    normal distribution. */
 double ApproximateQuantile(double r)
 {
     if (r < kMiddleStart) {
@@ -60,8 +60,8 @@ double ApproximateQuantile(double r)
     return Polynomial(kNormalFarOver, d) / Polynomial(kNormalFarUnder, d);
 }
 
-/** The quantile of a small tail. Far out an ulp of z changes the tail by z^2 ulps, so a Newton step on log
-   P(Z > z), whose derivative is minus the hazard, settles the last one. */
+/** The quantile of a small tail. Far out an ulp of z changes the tail by z^2 ulps, so a Newton step on
+    log P(Z > z), whose derivative is minus the hazard, settles the last one. */
 double QuantileOfTail(double tail)
 {
     const double r = std::sqrt(-std::log(tail));

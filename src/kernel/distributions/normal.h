@@ -1,8 +1,8 @@
 /** The standard normal distribution. NaN gives NaN throughout. */
 #pragma once
 
-/** P(Z <= z) with lower other than 0, P(Z > z) with lower = 0. Relative error about 1e-15 in both tails, down
-   to the smallest doubles (|z| about 38.5). -infinity and +infinity give 0 and 1. */
+/** P(Z <= z) with lower other than 0, P(Z > z) with lower = 0. Relative error about 1e-15 in both tails,
+    down to the smallest doubles (|z| about 38.5). -infinity and +infinity give 0 and 1. */
 double CDFNormalStd(double z, short lower = -1);
 
 /** The upper tail P(Z > z). */

@@ -5,8 +5,8 @@
 
 namespace korvenrg::distributions {
 
-/** c[0] + c[1] t + ... + c[N-1] t^(N-1), by Horner's rule on the even and the odd powers side by side: two
-   short chains of dependent operations instead of a long one. */
+/** c[0] + c[1] t + ... + c[N-1] t^(N-1), by Horner's rule on the even and the odd powers side by side:
+    two short chains of dependent operations instead of a long one. */
 template <std::size_t N>
 double Polynomial(const double (&c)[N], double t)
 {

@@ -18,14 +18,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kLeastOdds = 1e-200;  // t^2 / df outside this range leaves one term of the tail only
 constexpr double kMostOdds = 1e200;
-constexpr double kCentralStart =
-    0.25;  // tails above it: the quantile is sought by the probability between 0 and t
+constexpr double kCentralStart = 0.25;   // for tails above it the probability between 0 and t is inverted
 constexpr double kLogLargest = 709.78;   // log of the largest double
 constexpr double kPowerTailOdds = 30.0;  // t^2 / df from which the tail's power law starts the search (tuned)
 
-/** P(|T| <= t) and P(|T| > t) for 0 < t < infinity and finite df, with derivatives by log t:
-    t^2 / df are the odds of a beta variable with parameters 1/2 and df/2 (Abramowitz & Stegun 1964, 26.7.1).
- */
+/** P(|T| <= t) and P(|T| > t) for 0 < t < infinity and finite df, with derivatives by log t: t^2 / df are
+    the odds of a beta variable with parameters 1/2 and df/2 (Abramowitz & Stegun 1964, 26.7.1). */
 TailPair TwoSidedTails(double t, double df)
 {
     if (HasStudentExpansion(t, df)) return StudentTailsByExpansion(t, df);
@@ -68,12 +66,12 @@ double PowerTailLog(double probability, double df)
     return 0.5 * (std::log(df) - (std::log(probability) + std::log(b) + LogBeta(0.5, b)) / b);
 }
 
-/** The start of the quantile: the power law far out, otherwise the inverse of
-    z = (8 df + 1) / (8 df + 3) sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on normal
-   approximations to Student's and the chi-square distributions. */
+/** The start of the quantile: the power law far out, otherwise the inverse of z = (8 df + 1) / (8 df + 3)
+    sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on normal approximations to Student's and the
+    chi-square distributions. */
 double QuantileStart(double tail, double df)
 {
-    const double z = InvCDFNormalStd(1 - tail) * (8 * df + 3) / (8 * df + 1);
+    const double z = InvCDFNormalStd(tail) * (8 * df + 3) / (8 * df + 1);
     return std::sqrt(df * std::expm1(z * z / df));
 }
 

@@ -1,5 +1,5 @@
-/** Student's t distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100); infinite
-   ones give the normal distribution. df of 0, negative or NaN gives NaN; so does NaN t. */
+/** Student's t distribution, real degrees of freedom above 0 (those below 1e-100 count as 1e-100);
+    infinite ones give the normal distribution. df of 0, negative or NaN gives NaN; so does NaN t. */
 #pragma once
 
 /** P(T <= t) with lower other than 0, P(T > t) with lower = 0. Relative error below 1e-13 in both tails.
@@ -9,6 +9,6 @@ double CDFStudent(double t, double df, short lower = -1);
 /** One upper tail of |t|, P(T > |t|): at most 1/2. Callers double it for a two-sided test. */
 double pValStudent(double t, double df);
 
-/** t with P(T <= t) = p. 0 gives -infinity, 1 gives +infinity, p outside 0..1 gives NaN; a quantile beyond
-   the largest double gives infinity. */
+/** t with P(T <= t) = p. 0 gives -infinity, 1 gives +infinity, p outside 0..1 gives NaN; a quantile
+    beyond the largest double gives infinity. */
 double InvCDFStudent(double p, double df);

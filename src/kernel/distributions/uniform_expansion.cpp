@@ -28,9 +28,10 @@ double DensityCoefficient(int j, const NormalForm& form)
     return j % 2 == 1 ? form.skew * value : value;
 }
 
-/** sum_j f_j e^j H_j(sigma), e = 1 / sqrt(harmonic), with the polynomials that integration by parts leaves,
+/** sum_j f_j e^j H_j(sigma), e = 1 / sqrt(harmonic), with the polynomials that integration by parts
+    leaves,
         integral of v^j exp(-v^2/2) below sigma = -exp(-sigma^2/2) H_j(sigma) + (a multiple of the normal
-   integral), H_j = sigma^(j-1) + (j-1) H_(j-2),  H_0 = 0, H_1 = 1. */
+    integral), H_j = sigma^(j-1) + (j-1) H_(j-2),  H_0 = 0, H_1 = 1. */
 double Correction(const NormalForm& form, double sigma)
 {
     const double e = 1 / std::sqrt(form.harmonic);

@@ -18,12 +18,12 @@ struct NormalForm
     double weight;     // x^a y^b / B(a, b), or x^a e^-x / gamma(a)
 };
 
-/** Whether the expansion reaches full accuracy: the parameters are large and sigma / sqrt(harmonic) is small.
- */
+/** Whether the expansion reaches full accuracy: the parameters are large and sigma / sqrt(harmonic) is
+    small. */
 bool HasNormalForm(double harmonic, double deviance);
 
-/** Both tails. Each is formed directly on its own side of the mean, as a normal tail plus a correction that
-   is smaller by the factor sigma / sqrt(harmonic). */
+/** Both tails. Each is formed directly on its own side of the mean, as a normal tail plus a correction
+    that is smaller by the factor sigma / sqrt(harmonic). */
 TailPair TailsOfNormalForm(const NormalForm& form);
 
 }  // namespace korvenrg::distributions

@@ -23,8 +23,8 @@ RoundedProduct MultiplyWithError(double a, double b)
     return {value, std::fma(a, b, -value)};
 }
 
-/** C(n, k) as a double with a running correction, for those beyond 64-bit integers. Formed scaled down, so
-   that a product before its division overflows only with the result. Stops at infinity. */
+/** C(n, k) as a double with a running correction, for those beyond 64-bit integers. Formed scaled down,
+    so that a product before its division overflows only with the result. Stops at infinity. */
 double CnkInFloatingPoint(int n, int k)
 {
     constexpr double kScale = 0x1p-64;

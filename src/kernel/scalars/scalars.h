@@ -19,8 +19,8 @@ double Max(double a, double b);
 /** The sign of x: -1, 0 or 1; NaN gives 0. */
 double FSgn(double x);
 
-/** The number of subsets of k among n objects: exact while it is below 2^53, correctly rounded or one ulp off
-   beyond, infinity beyond the double range. k below 0 or above n gives 0. */
+/** The number of subsets of k among n objects: exact while it is below 2^53, correctly rounded or one ulp
+    off beyond, infinity beyond the double range. k below 0 or above n gives 0. */
 double Cnk(int n, int k);
 
 /** Exchanges two numbers. */
