@@ -118,6 +118,24 @@ void RefuseConstantProducts(const ModelData& data, const Design& design, const s
     }
 }
 
+/** Under a constraint on sums the columns of an interaction must be products of the effects' coded columns,
+ * or the derived effects would not add up to the fitted cells. The older form of the builder makes them. */
+bool MultipliesEffects(const ModelData& data, Constraint constraint)
+{
+    if (constraint == Constraint::kFirst || constraint == Constraint::kLast) return false;
+    return std::any_of(data.factors.begin(), data.factors.end(), [](const Factor& factor) {
+        return factor.type == FactorType::kQualitativeInteraction ||
+               factor.type == FactorType::kMixedInteraction;
+    });
+}
+
+void CountColumnsByFactor(Design& design)
+{
+    for (const int parent : design.parents) {
+        design.factorNbColumns[static_cast<std::size_t>(parent) - 1] += 1;
+    }
+}
+
 void CallBuilder(const ModelData& data, Constraint constraint, Design& design)
 {
     const std::size_t n = data.rows.size();
@@ -169,50 +187,94 @@ void CallBuilder(const ModelData& data, Constraint constraint, Design& design)
     int columnsMade = design.columns;
     int columnsLeft = 0;
 
-    BuildModelTable2(quantitative.data(),
-                     design.rows,
-                     static_cast<int>(pX),
-                     qualitative.data(),
-                     static_cast<int>(pQ),
-                     weights.data(),
-                     quantitativeNames.data(),
-                     qualitativeNames.data(),
-                     design.interlevel,
-                     static_cast<int>(constraint),
-                     design.factors,
-                     labels.data(),
-                     simpleLabels.data(),
-                     design.parents.data(),
-                     columnsByFactor.data(),
-                     design.factorNbColumns.data(),
-                     design.frequencies.data(),
-                     design.states.data(),
-                     cleaned.data(),
-                     design.factorType.data(),
-                     design.factorVariables.data(),
-                     design.factorNbVars.data(),
-                     design.factorActive.data(),
-                     design.reportedFrom.data(),
-                     nestedPair.data(),
-                     nesting.data(),
-                     categories.largest,
-                     categories.total,
-                     categories.counts.data(),
-                     categories.names.data(),
-                     categories.frequencies.data(),
-                     VARIANT_FALSE,
-                     noNumbers.data(),
-                     noText.data(),
-                     0,
-                     VARIANT_FALSE,
-                     noNumbers.data(),
-                     noText.data(),
-                     0,
-                     design.table.data(),
-                     noNumbers.data(),
-                     noNumbers.data(),
-                     &columnsMade,
-                     &columnsLeft);
+    if (MultipliesEffects(data, constraint)) {
+        BuildModelTable(quantitative.data(),
+                        design.rows,
+                        static_cast<int>(pX),
+                        qualitative.data(),
+                        static_cast<int>(pQ),
+                        weights.data(),
+                        quantitativeNames.data(),
+                        qualitativeNames.data(),
+                        design.interlevel,
+                        static_cast<int>(constraint),
+                        VARIANT_TRUE,
+                        design.factors,
+                        labels.data(),
+                        design.parents.data(),
+                        design.frequencies.data(),
+                        design.states.data(),
+                        design.factorType.data(),
+                        design.factorVariables.data(),
+                        design.factorNbVars.data(),
+                        design.factorActive.data(),
+                        design.reportedFrom.data(),
+                        VARIANT_FALSE,
+                        nestedPair.data(),
+                        categories.largest,
+                        categories.total,
+                        categories.counts.data(),
+                        categories.names.data(),
+                        categories.frequencies.data(),
+                        VARIANT_FALSE,
+                        noNumbers.data(),
+                        noText.data(),
+                        0,
+                        VARIANT_FALSE,
+                        noNumbers.data(),
+                        noText.data(),
+                        0,
+                        design.table.data(),
+                        noNumbers.data(),
+                        noNumbers.data(),
+                        &columnsMade);
+        CountColumnsByFactor(design);
+    } else {
+        BuildModelTable2(quantitative.data(),
+                         design.rows,
+                         static_cast<int>(pX),
+                         qualitative.data(),
+                         static_cast<int>(pQ),
+                         weights.data(),
+                         quantitativeNames.data(),
+                         qualitativeNames.data(),
+                         design.interlevel,
+                         static_cast<int>(constraint),
+                         design.factors,
+                         labels.data(),
+                         simpleLabels.data(),
+                         design.parents.data(),
+                         columnsByFactor.data(),
+                         design.factorNbColumns.data(),
+                         design.frequencies.data(),
+                         design.states.data(),
+                         cleaned.data(),
+                         design.factorType.data(),
+                         design.factorVariables.data(),
+                         design.factorNbVars.data(),
+                         design.factorActive.data(),
+                         design.reportedFrom.data(),
+                         nestedPair.data(),
+                         nesting.data(),
+                         categories.largest,
+                         categories.total,
+                         categories.counts.data(),
+                         categories.names.data(),
+                         categories.frequencies.data(),
+                         VARIANT_FALSE,
+                         noNumbers.data(),
+                         noText.data(),
+                         0,
+                         VARIANT_FALSE,
+                         noNumbers.data(),
+                         noText.data(),
+                         0,
+                         design.table.data(),
+                         noNumbers.data(),
+                         noNumbers.data(),
+                         &columnsMade,
+                         &columnsLeft);
+    }
     if (columnsMade != design.columns) {
         throw UserError(fmt::format("internal: {} columns made, {} expected", columnsMade, design.columns));
     }

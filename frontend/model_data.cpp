@@ -221,21 +221,6 @@ void MakeFactors(const std::vector<Source>& sources, const std::vector<Term>& te
     }
 }
 
-/** The design table codes interactions by plain indicators, so that effects derived from a sum of 0 would not
- * add up to the fitted cells. */
-void RefuseSummedInteractions(const ModelData& data, Constraint constraint)
-{
-    if (constraint == Constraint::kFirst || constraint == Constraint::kLast) return;
-    for (const Factor& factor : data.factors) {
-        if (factor.type == FactorType::kQualitativeInteraction ||
-            factor.type == FactorType::kMixedInteraction) {
-            throw UserError(
-                fmt::format("'{}' needs --constraint first or last, as every interaction of categories",
-                            factor.name));
-        }
-    }
-}
-
 void RefuseConstantResponse(const ModelData& data, const std::string& name)
 {
     const auto [low, high] = std::minmax_element(data.response.begin(), data.response.end());
@@ -272,7 +257,6 @@ ModelData MakeModelData(const CsvTable& table, const Options& options)
         }
     }
     MakeFactors(sources, terms, data);
-    RefuseSummedInteractions(data, options.constraint);
     RefuseConstantResponse(data, options.response);
     return data;
 }

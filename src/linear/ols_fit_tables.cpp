@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "kernel/distributions/correlations.h"
@@ -127,7 +128,8 @@ void FillCpOfModels(OlsRun& run)
     if (!(run.options.method > 0.0) && run.options.criterion != kCpCriterion) return;
     matrix<double>& models = *run.out.models;
     const int nf = run.factors.nbFactors;
-    for (int row = 1; row <= nf; ++row) {
+    const int rows = std::min(nf, models.rows);
+    for (int row = 1; row <= rows; ++row) {
         if (!(models.vbget(row, kModelNumber) > 0.0)) break;
         const double cp = (models.vbget(row, kModelColumns) + run.InterceptDf()) * 2.0 +
                           models.vbget(row, nf + kModelSse) / run.mseFull - run.data.sumWc;

@@ -138,6 +138,9 @@ reference("plantgrowth", weight ~ group, plant, cases = TRUE)
 reference("longley", Employed ~ GNP.deflator + GNP + Unemployed + Armed.Forces + Population + Year, longley, cases = TRUE)
 reference("warpbreaks cells", breaks ~ wool + tension + wool:tension, warp, alpha = 0.01)
 reference("warpbreaks last", breaks ~ wool + tension + wool:tension, warp, "last")
+reference("warpbreaks sum", breaks ~ wool + tension + wool:tension, warp, "sum")
+reference("moore cells weighted", conformity ~ partner.status + fcategory + partner.status:fcategory, moore, "weighted")
+reference("moore slopes sum", conformity ~ fscore + partner.status + fscore:partner.status, moore, "sum")
 reference("moore slopes", conformity ~ fscore + partner.status + fscore:partner.status, moore)
 reference("states weighted", Income ~ Illiteracy + Murder, states,
   weights = states$Population / mean(states$Population))  # the command scales weights to mean 1

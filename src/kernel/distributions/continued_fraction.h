@@ -12,12 +12,15 @@ struct FractionStep
     double beta;
 };
 
-/** alpha(1) / (beta(1) + alpha(2) / (beta(2) + ...)), where next() returns the steps in turn.
-    Euler's forward recurrence after the equivalence transformation that makes all denominators 1, so that
-    the only chain of dependent operations is one product and one sum a step. The difference of two
-    convergents is followed as the product of the partial numerators, which does not cancel: the stopping
-    rule |f(n) - f(n-1)| <= kFractionTolerance |f(n)| therefore holds below the rounding of f. Source: W.
-    B. Jones & W. J. Thron (1980), Continued Fractions: Analytic Theory and Applications, chapter 2. */
+/** alpha(1) / (beta(1) + alpha(2) / (beta(2) + ...)), where Next() returns the steps in turn.
+
+    Euler's forward recurrence after the equivalence transformation that makes all denominators 1, so that the
+    only chain of dependent operations is one product and one sum a step. The difference of two convergents is
+    followed as the product of the partial numerators, which does not cancel: the stopping rule
+        |f(n) - f(n-1)| <= kFractionTolerance |f(n)|
+    therefore holds below the rounding of f.
+    Source: W. B. Jones & W. J. Thron (1980), Continued Fractions: Analytic Theory and Applications,
+    chapter 2. */
 template <class Steps>
 double ContinuedFraction(Steps& steps)
 {

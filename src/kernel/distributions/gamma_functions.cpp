@@ -187,8 +187,8 @@ double LogBeta(double a, double b)
     return powers + corrections + 0.5 * std::log(2 * kPi / small * (sum / large));
 }
 
-// r = x / (2 + x): log1p(x) = 2 (r + r^3/3 + ...) and 2 r - x = -r x, so log1p(x) - x = r (2 r^2/3 + 2 r^4/5
-// + ... - x).
+// With r = x / (2 + x) is log1p(x) = 2 (r + r^3/3 + ...) and 2 r - x = -r x, hence
+//     log1p(x) - x = r (2 r^2/3 + 2 r^4/5 + ... - x).
 double Log1pMinusX(double x)
 {
     if (std::fabs(x) > kLogRatioSeriesEnd) return std::log1p(x) - x;
@@ -228,8 +228,8 @@ double GammaLn(double x)
     return std::log(-kPi / (x * std::fabs(SinPi(x)))) - LogGammaOfPositive(-x);
 }
 
-// Below 1: psi(x) = psi(x + 1) - 1/x; below 0: psi(x) = psi(1 - x) - pi cot(pi x) (Abramowitz & Stegun
-// 1964, 6.3.5-7).
+// Below 1: psi(x) = psi(x + 1) - 1/x; below 0: psi(x) = psi(1 - x) - pi cot(pi x)
+// (Abramowitz & Stegun 1964, 6.3.5-7).
 double Digamma(double x)
 {
     if (std::isnan(x) || x == -kInfinity || IsPole(x)) return kNaN;
@@ -264,9 +264,10 @@ double derfc(double x)
     return x > -kErfSeriesEnd ? 1 - ErfOfSmall(x) : 2 - ErfcTail(-x);
 }
 
-// C(n, k) = sqrt(n / (2 pi k m)) (n/k)^k (n/m)^m exp(delta(n) - delta(k) - delta(m)), m = n - k: no large
-// terms cancel. For k below 1 the result itself is of the size of k, so each term is: log [gamma(z + k) /
-// gamma(z)] = (z - 1/2) log(1 + k/z) + k log(z + k) - k + delta(z + k) - delta(z) with z = m + 1.
+// With m = n - k: C(n, k) = sqrt(n / (2 pi k m)) (n/k)^k (n/m)^m exp(delta(n) - delta(k) - delta(m)); no
+// large terms cancel. For k below 1 the result itself is of the size of k, so each term has to be: with z = m
+// + 1
+//     log [gamma(z + k) / gamma(z)] = (z - 1/2) log(1 + k/z) + k log(z + k) - k + delta(z + k) - delta(z).
 double cLogCnk(double n, double k)
 {
     if (std::isnan(n) || std::isnan(k) || n < 0) return kNaN;

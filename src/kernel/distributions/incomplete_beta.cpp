@@ -18,8 +18,8 @@ constexpr double kDeepDeviance = 20.0;        // beyond it the exponent is forme
 constexpr double kRatioStart = -0.5;          // log(1 + u) is taken from 1 + u itself below
 constexpr double kSideShift = 0.75;           // see IsLowerSide (tuned)
 
-/** 1 / B(a, b) without its powers: 1 / B(a, b) = root exp(correction) / (x0^a y0^b) with x0 = a / (a +
-    b), y0 = b / (a + b), where correction collects the Stirling errors. */
+/** The parts of 1 / B(a, b) = root exp(correction) / (x0^a y0^b) with x0 = a / (a + b), y0 = b / (a + b); the
+    correction collects the Stirling errors. */
 struct BetaScale
 {
     double root;
@@ -78,12 +78,11 @@ double WeightAt(double a, double b, const BetaScale& scale, const BetaPoint& poi
     return scale.root * std::exp(scale.correction - deviance);
 }
 
-/** The steps of the continued fraction of I_x(a, b) B(a, b) / (x^a y^b), even part, with lambda = a y - b
-    x:
+/** The steps of the continued fraction of I_x(a, b) B(a, b) / (x^a y^b), even part, lambda = a y - b x:
         alpha(n+1) = (a+n-1) (a+b+n-1) n (b-n) x^2 / (a+2n-1)^2
         beta(n+1)  = n + n (b-n) x / (a+2n-1) + (a+n) (lambda + 1 + n (1 + y)) / (a+2n+1).
     Source: A. R. DiDonato & A. H. Morris (1992), Significant digit computation of the incomplete beta
-    function ratios, section on the continued fraction. */
+    function ratios. */
 class BetaSteps
 {
   public:

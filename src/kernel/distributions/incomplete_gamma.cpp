@@ -45,10 +45,11 @@ double WeightAt(double a, TwoDouble x, TwoDouble distance, double deviance)
     return std::sqrt(a / kTwoPi) * std::exp(-deviance - StirlingError(a));
 }
 
-/** The steps of the continued fraction of P(a, x) gamma(a) e^x / x^a: the limit for b to infinity, x to x
-    / b of the fraction of A. R. DiDonato & A. H. Morris (1992), Significant digit computation of the
-    incomplete beta function ratios: alpha(n+1) = (a+n-1) n x^2 / (a+2n-1)^2 beta(n+1)  = n + n x /
-    (a+2n-1) + (a+n) (a - x + 1 + 2n) / (a+2n+1). */
+/** The steps of the continued fraction of P(a, x) gamma(a) e^x / x^a:
+        alpha(n+1) = (a+n-1) n x^2 / (a+2n-1)^2
+        beta(n+1)  = n + n x / (a+2n-1) + (a+n) (a - x + 1 + 2n) / (a+2n+1),
+    the limit of the fraction of the incomplete beta function (see incomplete_beta.cpp) for b to infinity and
+    x to x / b. */
 class LowerSteps
 {
   public:

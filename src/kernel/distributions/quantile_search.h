@@ -57,9 +57,8 @@ struct Bracket
 };
 
 /** Halley's step in log v for the residual g: with g'' = g' (slope - g') and Newton's step n = -g / g', it is
-    n / (1 + n (slope - g') / 2). At most kLongestStep, and in the direction that the residual's sign asks
-   for. Source: E. Halley (1694), as in J. F. Traub (1964), Iterative Methods for the Solution of Equations.
- */
+    n / (1 + n (slope - g') / 2). At most kLongestStep, in the direction that the residual's sign asks for.
+    Source: J. F. Traub (1964), Iterative Methods for the Solution of Equations. */
 inline double HalleyStep(const LogResidual& residual, double slope, bool isTooLow)
 {
     constexpr double kLongestStep = 50.0;       // in log v

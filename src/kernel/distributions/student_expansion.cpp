@@ -56,8 +56,8 @@ bool HasStudentExpansion(double t, double df)
 // With u = log(1 + t^2 / df), x = u / 2 and s^2 = (df - 1/2) u, the density becomes
 //     K exp(-s^2/2) sqrt(x / sinh x) ds,   x = s^2 / (2 df - 1):
 // an even series in x, each power of which is integrated by parts down to the normal tail. The normal tails
-// add up to exactly one, hence 1 / K = sqrt(2 pi) sum_j c_j q^(2j) (4j-1)!!. The variable s is that of D. L.
-// Wallace (1959), Bounds on normal approximations to Student's and the chi-square distributions.
+// add up to exactly one, hence 1 / K = sqrt(2 pi) sum_j c_j q^(2j) (4j-1)!!. The variable s is akin to that
+// of D. L. Wallace (1959), Bounds on normal approximations to Student's and the chi-square distributions.
 TailPair StudentTailsByExpansion(double t, double df)
 {
     const double n = df - 0.5;

@@ -1,7 +1,7 @@
-/** Arithmetic on unevaluated sums of two doubles, about 106 bits: carries the exponents of densities and
-    the arguments of the incomplete functions, where a rounding of one double would cost the tail its last
-    digits. Sources: T. J. Dekker (1971), A floating-point technique for extending the available
-    precision; D. E. Knuth (1981), The Art of Computer Programming 2, section 4.2.2. */
+/** Arithmetic on unevaluated sums of two doubles, about 106 bits: carries the exponents of densities and the
+    arguments of the incomplete functions, where a rounding of one double would cost the tail its last digits.
+    Sources: T. J. Dekker (1971), A floating-point technique for extending the available precision;
+    D. E. Knuth (1981), The Art of Computer Programming 2, section 4.2.2. */
 #pragma once
 
 namespace korvenrg::distributions {

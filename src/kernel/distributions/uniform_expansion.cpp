@@ -28,10 +28,9 @@ double DensityCoefficient(int j, const NormalForm& form)
     return j % 2 == 1 ? form.skew * value : value;
 }
 
-/** sum_j f_j e^j H_j(sigma), e = 1 / sqrt(harmonic), with the polynomials that integration by parts
-    leaves,
-        integral of v^j exp(-v^2/2) below sigma = -exp(-sigma^2/2) H_j(sigma) + (a multiple of the normal
-    integral), H_j = sigma^(j-1) + (j-1) H_(j-2),  H_0 = 0, H_1 = 1. */
+/** sum_j f_j e^j H_j(sigma), e = 1 / sqrt(harmonic), with the polynomials that integration by parts leaves,
+        integral of v^j exp(-v^2/2) below sigma = -exp(-sigma^2/2) H_j(sigma) + c_j Phi(sigma),
+        H_j = sigma^(j-1) + (j-1) H_(j-2),  H_0 = 0,  H_1 = 1. */
 double Correction(const NormalForm& form, double sigma)
 {
     const double e = 1 / std::sqrt(form.harmonic);
@@ -61,11 +60,11 @@ bool HasNormalForm(double harmonic, double deviance)
            2 * deviance <= kLargestRatio * kLargestRatio * harmonic;
 }
 
-// Lower tail = Phi(sigma) - weight / sqrt(harmonic) * sum_j f_j e^j H_j(sigma): with the density in the form
-// exp(-sigma^2/2) (1 + sum_j f_j (e sigma)^j), the multiples of the normal integral add up to exactly 1.
-// Derivation of the f_j: tools/distribution_coefficients.py. The expansion's first terms are those of N. M.
-// Temme (1982), The uniform asymptotic expansion of a class of integrals related to cumulative distribution
-// functions.
+// With the density in the form exp(-sigma^2/2) (1 + sum_j f_j (e sigma)^j) the multiples of the normal
+// integral add up to exactly 1, which leaves
+//     lower tail = Phi(sigma) - weight / sqrt(harmonic) * sum_j f_j e^j H_j(sigma).
+// The f_j are derived in tools/distribution_coefficients.py; related to N. M. Temme (1982), The uniform
+// asymptotic expansion of a class of integrals related to cumulative distribution functions.
 TailPair TailsOfNormalForm(const NormalForm& form)
 {
     const double root = std::sqrt(form.deviance);
