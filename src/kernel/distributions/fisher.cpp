@@ -20,6 +20,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kLeastOdds = 1e-200;  // df1 F / df2 outside this range leaves one term of the tail only
 constexpr double kMostOdds = 1e200;
 constexpr double kLogLargest = 709.78;  // log of the largest double
+constexpr double kFarStartLog = 10.0;   // |log F| beyond which the normal start is not trusted (tuned)
 constexpr double kLeastNormalHalfDf =
     0.75;  // both halves of df above it: the normal start of the quantile (tuned)
 
@@ -91,16 +92,17 @@ double ChiSquareStartLog(double p, double df1, double df2)
     return -std::log(ChiSquareQuantileStart(OppositeTail(p), df2) / df2);
 }
 
-/** A start for log F: the normal one, or with few degrees of freedom the chi-square one between the power
-    laws of the two tails, which are bounds. */
+/** A start for log F: the normal one, or with few degrees of freedom the chi-square one. Far out, and for the
+    latter always, it is kept between the power laws of the two tails, which are bounds of the quantile. */
 double QuantileStartLog(double p, double df1, double df2)
 {
     const double a = 0.5 * df1;
     const double b = 0.5 * df2;
-    if (a > kLeastNormalHalfDf && b > kLeastNormalHalfDf) return NormalStartLog(InvCDFNormalStd(p), a, b);
-    const double low = PowerTailLog(p, a, b);
-    const double high = -PowerTailLog(1 - p, b, a);
-    return std::fmin(std::fmax(ChiSquareStartLog(p, df1, df2), low), high);
+    const bool hasNormalStart = a > kLeastNormalHalfDf && b > kLeastNormalHalfDf;
+    const double start =
+        hasNormalStart ? NormalStartLog(InvCDFNormalStd(p), a, b) : ChiSquareStartLog(p, df1, df2);
+    if (hasNormalStart && std::fabs(start) < kFarStartLog) return start;
+    return std::fmin(std::fmax(start, PowerTailLog(p, a, b)), -PowerTailLog(1 - p, b, a));
 }
 
 double FiniteQuantile(double p, double df1, double df2)
