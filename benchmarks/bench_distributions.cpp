@@ -4,7 +4,9 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "kernel/distributions/distributions.h"
 
@@ -59,44 +61,55 @@ double ChiSquareArgument(int i, double df)
     return df * std::exp(Deviate(i) * std::sqrt(2 / df));
 }
 
-template <class Call>
-void Run(const char* function, const Regime& regime, Call call)
+/** Times call(argument(i)), i = 0 .. kArguments - 1, without the forming of the arguments. */
+template <class Argument, class Call>
+void Run(const char* function, const Regime& regime, Argument argument, Call call)
 {
     const std::string name = std::string(function) + " / " + regime.name;
     benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        std::vector<double> arguments(kArguments);
+        for (int i = 0; i < kArguments; i++)
+            arguments[static_cast<std::size_t>(i)] = argument(i);
         for (auto _ : state) {
             double sum = 0;
-            for (int i = 0; i < kArguments; i++)
-                sum += call(i);
+            for (double x : arguments)
+                sum += call(x);
             benchmark::DoNotOptimize(sum);
         }
-        state.SetItemsProcessed(state.iterations() * kArguments);
         state.counters["time/call"] =
             benchmark::Counter(static_cast<double>(state.iterations()) * kArguments,
                                benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     });
 }
 
-void RegisterAll()
+void RegisterRegime(const Regime& regime)
 {
-    for (const Regime& regime : kRegimes) {
-        Run("pF", regime, [=](int i) {
-            return pValFisher(FisherArgument(i, regime), regime.df1, regime.df2);
-        });
-        Run("qF", regime, [=](int i) { return InvCDFFisher(Probability(i), regime.df1, regime.df2); });
-        Run("pt", regime, [=](int i) { return pValStudent(Deviate(i), regime.df2); });
-        Run("qt", regime, [=](int i) { return InvCDFStudent(Probability(i), regime.df2); });
-        Run("pchisq", regime, [=](int i) { return pValChiSq(ChiSquareArgument(i, regime.df2), regime.df2); });
-        Run("qchisq", regime, [=](int i) { return InvCDFChiSq(Probability(i), regime.df2); });
-    }
-    const Regime plain = {"", 0, 0};
-    Run("pnorm", plain, [](int i) { return pValNormalStd(Deviate(i)); });
-    Run("qnorm", plain, [](int i) { return InvCDFNormalStd(Probability(i)); });
-    Run("lgamma", plain, [](int i) { return GammaLn(100 * Probability(i)); });
-    Run("digamma", plain, [](int i) { return Digamma(100 * Probability(i)); });
-    Run("trigamma", plain, [](int i) { return Trigamma(100 * Probability(i)); });
+    const double df1 = regime.df1;
+    const double df2 = regime.df2;
+    const auto fisher = [=](int i) { return FisherArgument(i, regime); };
+    const auto chiSquare = [=](int i) { return ChiSquareArgument(i, df2); };
+    Run("pF", regime, fisher, [=](double F) { return pValFisher(F, df1, df2); });
+    Run("qF", regime, Probability, [=](double p) { return InvCDFFisher(p, df1, df2); });
+    Run("pt", regime, Deviate, [=](double t) { return pValStudent(t, df2); });
+    Run("qt", regime, Probability, [=](double p) { return InvCDFStudent(p, df2); });
+    Run("pchisq", regime, chiSquare, [=](double x) { return pValChiSq(x, df2); });
+    Run("qchisq", regime, Probability, [=](double p) { return InvCDFChiSq(p, df2); });
 }
 
-[[maybe_unused]] const bool kRegistered = (RegisterAll(), true);
+bool RegisterAll()
+{
+    for (const Regime& regime : kRegimes)
+        RegisterRegime(regime);
+    const Regime plain = {"", 0, 0};
+    const auto upTo100 = [](int i) { return 100 * Probability(i); };
+    Run("pnorm", plain, Deviate, pValNormalStd);
+    Run("qnorm", plain, Probability, InvCDFNormalStd);
+    Run("lgamma", plain, upTo100, GammaLn);
+    Run("digamma", plain, upTo100, Digamma);
+    Run("trigamma", plain, upTo100, Trigamma);
+    return true;
+}
+
+[[maybe_unused]] const bool kRegistered = RegisterAll();
 
 }  // namespace

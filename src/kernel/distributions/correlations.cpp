@@ -34,7 +34,12 @@ double TwoSidedPValue(double rho, double df)
 
 }  // namespace
 
-double V_PearsonRho(matrix<double>* x, int n, matrix<double>* y, const short* mask, matrix<double>* W, double* pValue)
+double V_PearsonRho(matrix<double>* x,
+                    int n,
+                    matrix<double>* y,
+                    const short* mask,
+                    matrix<double>* W,
+                    double* pValue)
 {
     const std::vector<double> weights = EffectiveWeights(n, mask, W);
     korvenrg::linalg::ColumnsOf both(*x, n, 1);

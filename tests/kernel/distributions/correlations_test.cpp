@@ -21,8 +21,8 @@ matrix<double> Column(const std::vector<double>& values)
     return column;
 }
 
-// The response is 2x but for one value: sums by hand give r = 9 / sqrt(5 * 17) and t on 2 degrees of freedom, whose
-// tail is 1/2 - t / (2 sqrt(2 + t^2)).
+// The response is 2x but for one value: sums by hand give r = 9 / sqrt(5 * 17) and t on 2 degrees of freedom,
+// whose tail is 1/2 - t / (2 sqrt(2 + t^2)).
 TEST(PearsonRho, MatchesHandWorkedTable)
 {
     matrix<double> x = Column({1, 2, 3, 4});
