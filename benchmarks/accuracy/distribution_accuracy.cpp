@@ -1,7 +1,7 @@
 // Sweeps the distribution functions over random arguments and prints, as Markdown, the largest relative error
 // of each in each regime against the 70-digit oracle. Needs Boost (headers only).
 //
-//     cmake --build <build> --target distribution_accuracy && <build>/bin/distribution_accuracy > table.md
+// The command that builds and runs it stands in docs/accuracy.md.
 //
 // The arguments come from a fixed generator, so a rerun prints the same table. A figure is the largest over
 // the tails of at least 1e-300; a quantile is judged by the probability that the oracle gives for it, less

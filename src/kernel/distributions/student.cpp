@@ -19,7 +19,6 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kLeastOdds = 1e-200;  // t^2 / df outside this range leaves one term of the tail only
 constexpr double kMostOdds = 1e200;
 constexpr double kCentralStart = 0.25;   // for tails above it the probability between 0 and t is inverted
-constexpr double kLogLargest = 709.78;   // log of the largest double
 constexpr double kPowerTailOdds = 30.0;  // t^2 / df from which the tail's power law starts the search (tuned)
 
 /** P(|T| <= t) and P(|T| > t) for 0 < t < infinity and finite df, with derivatives by log t: t^2 / df are
@@ -66,13 +65,19 @@ double PowerTailLog(double probability, double df)
     return 0.5 * (std::log(df) - (std::log(probability) + std::log(b) + LogBeta(0.5, b)) / b);
 }
 
-/** The start of the quantile: the power law far out, otherwise the inverse of z = (8 df + 1) / (8 df + 3)
-    sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on normal approximations to Student's and the
-    chi-square distributions. */
-double QuantileStart(double tail, double df)
+/** The inverse of z = (8 df + 1) / (8 df + 3) sqrt(df log(1 + t^2 / df)), D. L. Wallace (1959), Bounds on
+   normal approximations to Student's and the chi-square distributions. */
+double WallaceQuantile(double tail, double df)
 {
     const double z = InvCDFNormalStd(tail) * (8 * df + 3) / (8 * df + 1);
     return std::sqrt(df * std::expm1(z * z / df));
+}
+
+/** The start of the quantile: the normal approximation, or the tail's power law where it is far out. */
+double QuantileStart(double tail, double df)
+{
+    const double start = WallaceQuantile(tail, df);
+    return start / df * start < kPowerTailOdds ? start : std::exp(PowerTailLog(2 * tail, df));
 }
 
 /** t > 0 with P(T > t) = tail, 0 < tail < 1/2. */
@@ -81,11 +86,7 @@ double QuantileOfTail(double tail, double df)
     if (df >= kInfiniteDf) return -InvCDFNormalStd(tail);
     const bool isCentral = tail > kCentralStart;
     const TailTarget target = {2 * (isCentral ? 0.5 - tail : tail), isCentral};
-    const double logPower = PowerTailLog(2 * tail, df);
-    if (logPower > kLogLargest) return kInfinity;
-    double start = std::exp(logPower);
-    if (start / df * start < kPowerTailOdds) start = QuantileStart(tail, df);
-    return SearchQuantile([df](double t) { return TwoSidedTails(t, df); }, target, start);
+    return SearchQuantile([df](double t) { return TwoSidedTails(t, df); }, target, QuantileStart(tail, df));
 }
 
 }  // namespace
