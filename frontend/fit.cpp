@@ -13,17 +13,32 @@ namespace {
 
 constexpr int kNoColumnEntered = -5;
 
+constexpr std::size_t kOptions = 17;
+constexpr double kNoSelection = -1.0;
+
+/** Positions of the door's option vector, from 1. */
+enum Option : std::size_t
+{
+    kFixedIntercept = 1,
+    kInterceptValue = 2,
+    kTolerance = 3,
+    kMethod = 5,
+    kAlpha = 11,
+    kConstraintType = 15,
+    kReportedCovariance = 17
+};
+
 std::vector<double> OptionVector(const Options& options)
 {
-    std::vector<double> info(17, 0.0);
-    const auto position = [&info](std::size_t fromOne) -> double& { return info[fromOne - 1]; };
-    position(1) = options.intercept ? 1.0 : 0.0;
-    position(2) = options.intercept.value_or(0.0);
-    position(3) = options.tolerance;
-    position(5) = -1.0;  // no selection
-    position(11) = options.alpha;
-    position(15) = static_cast<double>(options.constraint);
-    position(17) = 1.0;  // covariance of the reported parameters
+    std::vector<double> info(kOptions, 0.0);
+    const auto set = [&info](Option option, double value) { info[option - 1] = value; };
+    set(kFixedIntercept, options.intercept ? 1.0 : 0.0);
+    set(kInterceptValue, options.intercept.value_or(0.0));
+    set(kTolerance, options.tolerance);
+    set(kMethod, kNoSelection);
+    set(kAlpha, options.alpha);
+    set(kConstraintType, static_cast<double>(options.constraint));
+    set(kReportedCovariance, 1.0);
     return info;
 }
 

@@ -42,8 +42,7 @@ void AddModelOptions(CLI::App& command, Options& options)
         .add_option("--terms",
                     options.terms,
                     "columns of the model, separated by spaces; a*b is the interaction of a and b alone "
-                    "(name the main "
-                    "effects as well); a name with spaces goes in double quotes")
+                    "(name the main effects as well); a name with spaces goes in double quotes")
         ->required();
     command
         .add_option("--qualitative",
@@ -61,9 +60,8 @@ void AddModelOptions(CLI::App& command, Options& options)
         .add_option_function<std::string>(
             "--constraint",
             [&options](const std::string& name) { options.constraint = kConstraints.at(name); },
-            "what makes the effects of categories unique: first or last has effect 0, or the (weighted) sum "
-            "of "
-            "effects is 0 [first]")
+            "what makes the effects of categories unique: first or last has effect 0, or the "
+            "(weighted) sum of effects is 0 [first]")
         ->check(CLI::IsMember({"first", "last", "sum", "weighted"}));
     command.add_option("--intercept", options.intercept, "fixes the intercept at this value")
         ->check(CLI::Validator(CheckFinite, "", ""));
@@ -101,9 +99,8 @@ int Main(int argc, char** argv)
 {
     Options options;
     CLI::App app{
-        "Linear models from CSV files. Rows with a missing cell (empty, NA, NaN or a point) in a column of "
-        "the "
-        "model are left out and counted."};
+        "Linear models from CSV files. Rows with a missing cell (empty, NA, NaN or a point) in a "
+        "column of the model are left out and counted."};
     app.require_subcommand(1);
     CLI::App* regress =
         app.add_subcommand("regress", "linear regression; text columns are categories, numbers are not");
