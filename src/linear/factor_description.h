@@ -13,7 +13,7 @@ enum FactorType
     kQualitative = 2,              ///< one column per category
     kQuantitativeInteraction = 3,  ///< one column, the product of the variables
     kQualitativeInteraction = 4,   ///< one column per combination of categories
-    kMixedInteraction = 5  ///< one column per combination of the categories of its qualitative variables
+    kMixedInteraction = 5          ///< the same over its qualitative variables
 };
 
 /** States of a column. Other positive values: excluded by the caller. */
@@ -35,8 +35,7 @@ enum Constraint
     kWeightedSum = 3
 };
 
-/** The arrays that describe factors (NbFactors of them) and coded columns (p of them); numbers count from 1.
- */
+/** The arrays that describe factors (NbFactors of them) and coded columns (p of them), counted from 1. */
 struct FactorDescription
 {
     int nbFactors;

@@ -42,10 +42,10 @@ void M_Sweep(matrix<double>* packed, int m, int k);
  *
  * Two guards turn the answer down:
  *  - a pivot that is nothing but rounding counts as 0. With b the coefficients of k on the swept columns, the
- * pivot is (b, -1) A (b, -1)', so rounding of the size eps in the unit-scaled cells of A moves it by up to
+ *    pivot is (b, -1) A (b, -1)', so rounding of the size eps in the unit-scaled cells of A moves it by up to
  *    eps (1 + sum of |b|)^2;
  *  - when adding k would push a column j that is in the model to a tolerance below `tol`, that tolerance is
- * given instead: 1 / (-packed(j, j) + packed(j, k)^2 / packed(k, k)).
+ *    given instead: 1 / (-packed(j, j) + packed(j, k)^2 / packed(k, k)).
  *
  * @param packed  lower triangle by rows of p columns and the response, (p+1)(p+2)/2 cells
  * @return the tolerance; callers accept the column when it is above `tol`. A swept column gives a value of 0
