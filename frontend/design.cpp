@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "korvenrg.h"
 #include "platform_text.h"
@@ -136,151 +137,200 @@ void CountColumnsByFactor(Design& design)
     }
 }
 
-void CallBuilder(const ModelData& data, Constraint constraint, Design& design)
+/** What the builders read and write besides the design, in the shapes of the doors. */
+struct BuilderArrays
+{
+    explicit BuilderArrays(const ModelData& data);
+
+    /** Makes room for the columns of the design. */
+    void Reserve(const Design& design);
+
+    int pX;
+    int pQ;
+    std::vector<double> quantitative;  ///< n x pX
+    TextArray qualitative;             ///< n x pQ
+    Categories categories;
+    TextArray quantitativeNames;            ///< pX + the number of categories
+    TextArray qualitativeNames;             ///< pQ
+    std::vector<double> weights;            ///< n
+    std::optional<TextArray> labels;        ///< p
+    std::optional<TextArray> simpleLabels;  ///< p
+    std::vector<int> columnsByFactor;       ///< factors x p
+    std::vector<int> cleaned;               ///< p
+    std::vector<int> nestedPair;            ///< 2
+    std::vector<int> nesting;               ///< factors x factors
+    std::vector<double> noNumbers;
+    TextArray noText{1};
+    int columnsMade = 0;
+    int columnsLeft = 0;
+};
+
+BuilderArrays::BuilderArrays(const ModelData& data)
+    : pX(static_cast<int>(data.quantitative.size())),
+      pQ(static_cast<int>(data.qualitative.size())),
+      qualitative(data.rows.size() * data.qualitative.size()),
+      categories(data),
+      quantitativeNames(data.quantitative.size() + static_cast<std::size_t>(categories.total)),
+      qualitativeNames(data.qualitative.size()),
+      weights(data.weights)
 {
     const std::size_t n = data.rows.size();
-    const std::size_t pX = data.quantitative.size();
-    const std::size_t pQ = data.qualitative.size();
-    const std::size_t factors = data.factors.size();
-
-    std::vector<double> quantitative;
-    for (const QuantitativeVariable& variable : data.quantitative) {
+    for (std::size_t v = 0; v < data.quantitative.size(); ++v) {
+        const QuantitativeVariable& variable = data.quantitative[v];
         quantitative.insert(quantitative.end(), variable.values.begin(), variable.values.end());
+        quantitativeNames.Set(v, variable.name);
     }
-    quantitative.resize(std::max<std::size_t>(1, n * pX));
-    TextArray qualitative(n * pQ);
-    TextArray qualitativeNames(pQ);
-    for (std::size_t v = 0; v < pQ; ++v) {
+    quantitative.resize(std::max<std::size_t>(1, quantitative.size()));
+    for (std::size_t v = 0; v < data.qualitative.size(); ++v) {
         qualitativeNames.Set(v, data.qualitative[v].name);
         for (std::size_t r = 0; r < n; ++r)
             qualitative.Set(v * n + r, data.qualitative[v].cells[r]);
     }
-    Categories categories(data);
-    TextArray quantitativeNames(pX + static_cast<std::size_t>(categories.total));
-    for (std::size_t v = 0; v < pX; ++v)
-        quantitativeNames.Set(v, data.quantitative[v].name);
+}
 
-    design.columns = GetXModelSize(design.factors,
-                                   static_cast<int>(pX),
-                                   static_cast<int>(pQ),
-                                   design.interlevel,
-                                   categories.counts.data(),
-                                   design.factorType.data(),
-                                   design.factorVariables.data(),
-                                   design.factorNbVars.data(),
-                                   design.factorActive.data());
+void BuilderArrays::Reserve(const Design& design)
+{
     const auto p = static_cast<std::size_t>(design.columns);
-    design.table.assign(n * p, 0.0);
+    const auto factors = static_cast<std::size_t>(design.factors);
+    labels.emplace(p);
+    simpleLabels.emplace(p);
+    columnsByFactor.assign(factors * p, 0);
+    cleaned.assign(p, 0);
+    nestedPair.assign(2, 0);
+    nesting.assign(factors * factors, 0);
+    noNumbers.assign(std::max<std::size_t>(1, p), 0.0);
+    columnsMade = design.columns;
+}
+
+int CountDesignColumns(BuilderArrays& a, Design& design)
+{
+    return GetXModelSize(design.factors,
+                         a.pX,
+                         a.pQ,
+                         design.interlevel,
+                         a.categories.counts.data(),
+                         design.factorType.data(),
+                         design.factorVariables.data(),
+                         design.factorNbVars.data(),
+                         design.factorActive.data());
+}
+
+void MultiplyCodedEffects(BuilderArrays& a, Constraint constraint, Design& design)
+{
+    BuildModelTable(a.quantitative.data(),
+                    design.rows,
+                    a.pX,
+                    a.qualitative.data(),
+                    a.pQ,
+                    a.weights.data(),
+                    a.quantitativeNames.data(),
+                    a.qualitativeNames.data(),
+                    design.interlevel,
+                    static_cast<int>(constraint),
+                    VARIANT_TRUE,
+                    design.factors,
+                    a.labels->data(),
+                    design.parents.data(),
+                    design.frequencies.data(),
+                    design.states.data(),
+                    design.factorType.data(),
+                    design.factorVariables.data(),
+                    design.factorNbVars.data(),
+                    design.factorActive.data(),
+                    design.reportedFrom.data(),
+                    VARIANT_FALSE,
+                    a.nestedPair.data(),
+                    a.categories.largest,
+                    a.categories.total,
+                    a.categories.counts.data(),
+                    a.categories.names.data(),
+                    a.categories.frequencies.data(),
+                    VARIANT_FALSE,
+                    a.noNumbers.data(),
+                    a.noText.data(),
+                    0,
+                    VARIANT_FALSE,
+                    a.noNumbers.data(),
+                    a.noText.data(),
+                    0,
+                    design.table.data(),
+                    a.noNumbers.data(),
+                    a.noNumbers.data(),
+                    &a.columnsMade);
+    CountColumnsByFactor(design);
+}
+
+void MultiplyIndicators(BuilderArrays& a, Constraint constraint, Design& design)
+{
+    BuildModelTable2(a.quantitative.data(),
+                     design.rows,
+                     a.pX,
+                     a.qualitative.data(),
+                     a.pQ,
+                     a.weights.data(),
+                     a.quantitativeNames.data(),
+                     a.qualitativeNames.data(),
+                     design.interlevel,
+                     static_cast<int>(constraint),
+                     design.factors,
+                     a.labels->data(),
+                     a.simpleLabels->data(),
+                     design.parents.data(),
+                     a.columnsByFactor.data(),
+                     design.factorNbColumns.data(),
+                     design.frequencies.data(),
+                     design.states.data(),
+                     a.cleaned.data(),
+                     design.factorType.data(),
+                     design.factorVariables.data(),
+                     design.factorNbVars.data(),
+                     design.factorActive.data(),
+                     design.reportedFrom.data(),
+                     a.nestedPair.data(),
+                     a.nesting.data(),
+                     a.categories.largest,
+                     a.categories.total,
+                     a.categories.counts.data(),
+                     a.categories.names.data(),
+                     a.categories.frequencies.data(),
+                     VARIANT_FALSE,
+                     a.noNumbers.data(),
+                     a.noText.data(),
+                     0,
+                     VARIANT_FALSE,
+                     a.noNumbers.data(),
+                     a.noText.data(),
+                     0,
+                     design.table.data(),
+                     a.noNumbers.data(),
+                     a.noNumbers.data(),
+                     &a.columnsMade,
+                     &a.columnsLeft);
+}
+
+void CallBuilder(const ModelData& data, Constraint constraint, Design& design)
+{
+    BuilderArrays arrays(data);
+    design.columns = CountDesignColumns(arrays, design);
+    const auto p = static_cast<std::size_t>(design.columns);
+    design.table.assign(data.rows.size() * p, 0.0);
     design.parents.assign(p, 0);
     design.frequencies.assign(p, 0.0);
     design.states.assign(p, 0);
     design.reportedFrom.assign(p * p, 0.0);
-    TextArray labels(p);
-    TextArray simpleLabels(p);
-    std::vector<int> columnsByFactor(factors * p, 0);
-    std::vector<int> cleaned(p, 0);
-    std::vector<double> weights = data.weights;
-    std::vector<int> nestedPair(2, 0);
-    std::vector<int> nesting(factors * factors, 0);
-    std::vector<double> noNumbers(std::max<std::size_t>(1, p), 0.0);
-    TextArray noText(1);
-    int columnsMade = design.columns;
-    int columnsLeft = 0;
-
+    arrays.Reserve(design);
     if (MultipliesEffects(data, constraint)) {
-        BuildModelTable(quantitative.data(),
-                        design.rows,
-                        static_cast<int>(pX),
-                        qualitative.data(),
-                        static_cast<int>(pQ),
-                        weights.data(),
-                        quantitativeNames.data(),
-                        qualitativeNames.data(),
-                        design.interlevel,
-                        static_cast<int>(constraint),
-                        VARIANT_TRUE,
-                        design.factors,
-                        labels.data(),
-                        design.parents.data(),
-                        design.frequencies.data(),
-                        design.states.data(),
-                        design.factorType.data(),
-                        design.factorVariables.data(),
-                        design.factorNbVars.data(),
-                        design.factorActive.data(),
-                        design.reportedFrom.data(),
-                        VARIANT_FALSE,
-                        nestedPair.data(),
-                        categories.largest,
-                        categories.total,
-                        categories.counts.data(),
-                        categories.names.data(),
-                        categories.frequencies.data(),
-                        VARIANT_FALSE,
-                        noNumbers.data(),
-                        noText.data(),
-                        0,
-                        VARIANT_FALSE,
-                        noNumbers.data(),
-                        noText.data(),
-                        0,
-                        design.table.data(),
-                        noNumbers.data(),
-                        noNumbers.data(),
-                        &columnsMade);
-        CountColumnsByFactor(design);
+        MultiplyCodedEffects(arrays, constraint, design);
     } else {
-        BuildModelTable2(quantitative.data(),
-                         design.rows,
-                         static_cast<int>(pX),
-                         qualitative.data(),
-                         static_cast<int>(pQ),
-                         weights.data(),
-                         quantitativeNames.data(),
-                         qualitativeNames.data(),
-                         design.interlevel,
-                         static_cast<int>(constraint),
-                         design.factors,
-                         labels.data(),
-                         simpleLabels.data(),
-                         design.parents.data(),
-                         columnsByFactor.data(),
-                         design.factorNbColumns.data(),
-                         design.frequencies.data(),
-                         design.states.data(),
-                         cleaned.data(),
-                         design.factorType.data(),
-                         design.factorVariables.data(),
-                         design.factorNbVars.data(),
-                         design.factorActive.data(),
-                         design.reportedFrom.data(),
-                         nestedPair.data(),
-                         nesting.data(),
-                         categories.largest,
-                         categories.total,
-                         categories.counts.data(),
-                         categories.names.data(),
-                         categories.frequencies.data(),
-                         VARIANT_FALSE,
-                         noNumbers.data(),
-                         noText.data(),
-                         0,
-                         VARIANT_FALSE,
-                         noNumbers.data(),
-                         noText.data(),
-                         0,
-                         design.table.data(),
-                         noNumbers.data(),
-                         noNumbers.data(),
-                         &columnsMade,
-                         &columnsLeft);
+        MultiplyIndicators(arrays, constraint, design);
     }
-    if (columnsMade != design.columns) {
-        throw UserError(fmt::format("internal: {} columns made, {} expected", columnsMade, design.columns));
+    if (arrays.columnsMade != design.columns) {
+        throw UserError(
+            fmt::format("internal: {} columns made, {} expected", arrays.columnsMade, design.columns));
     }
     for (std::size_t c = 0; c < p; ++c)
-        design.labels.push_back(labels.Get(c));
-    RefuseConstantProducts(data, design, cleaned);
+        design.labels.push_back(arrays.labels->Get(c));
+    RefuseConstantProducts(data, design, arrays.cleaned);
 }
 
 }  // namespace
