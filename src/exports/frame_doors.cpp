@@ -1,6 +1,6 @@
 #include "exports/korvenrg.h"
 #include "exports/marshalling.h"
-#include "kernel/linalg/vectors.h"
+#include "kernel/linalg/vector_moments.h"
 #include "kernel/text/text_conversion.h"
 
 using korvenrg::exports::adopted;

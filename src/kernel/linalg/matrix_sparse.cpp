@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 #include "core/limits.h"
 
@@ -93,6 +94,12 @@ void matrixSparse::setElement(int i, int j, double value)
     } else if (value != 0.0) {
         column.insert(cell, {i, value});
     }
+}
+
+void matrixSparse::PutColumn(int j, Column cells)
+{
+    std::erase_if(cells, [](const Cell& cell) { return cell.value == 0.0; });
+    columns_[static_cast<std::size_t>(j)] = std::move(cells);
 }
 
 double matrixSparse::vbget(int i) const

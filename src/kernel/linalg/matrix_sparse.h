@@ -15,6 +15,15 @@
 class KORVENRG_API matrixSparse final
 {
   public:
+    /** A stored cell; rows count from 0. */
+    struct Cell
+    {
+        int row;
+        double value;
+    };
+    /** The stored cells of a column, rows ascending. */
+    using Column = std::vector<Cell>;
+
     /** 0 x 0. */
     matrixSparse() = default;
 
@@ -36,6 +45,15 @@ class KORVENRG_API matrixSparse final
 
     /** Number of stored cells. */
     std::size_t NonZeros() const;
+
+    /** The stored cells of column j from 0, which must exist. */
+    const Column& CellsOf(int j) const
+    {
+        return columns_[static_cast<std::size_t>(j)];
+    }
+
+    /** Replaces column j from 0, which must exist. Rows ascend and are rows of this matrix; cells of 0 are dropped. */
+    void PutColumn(int j, Column cells);
 
     /** Cell (i, j) from 0. */
     double getElement(int i, int j) const;
@@ -81,14 +99,6 @@ class KORVENRG_API matrixSparse final
     void outputSparse(matrix<double>* dense) const;
 
   private:
-    struct Cell
-    {
-        int row;
-        double value;
-    };
-
-    using Column = std::vector<Cell>;
-
     bool Holds(int i, int j) const
     {
         return i >= 0 && i < rows_ && j >= 0 && j < Cols();

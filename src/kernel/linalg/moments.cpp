@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "core/limits.h"
-#include "kernel/linalg/cross_products.h"
+#include "kernel/linalg/lanes.h"
 
 namespace korvenrg::linalg {
 
@@ -18,6 +18,45 @@ double TotalWeight(int n, const double* weights)
         total += weights[row];
     }
     return total;
+}
+
+// Weighted sums of the centred cells and of their squares.
+struct PowerSums
+{
+    double first;
+    double second;
+};
+
+PowerSums CentredPowerSums(const double* x,
+                           const double* weights,
+                           std::size_t n,
+                           double value,
+                           double correction)
+{
+    Lanes firsts = {};
+    Lanes seconds = {};
+    std::size_t row = 0;
+    for (; row + kLanes <= n; row += kLanes) {
+        Lanes cells = (LoadLanes(x + row) - value) - correction;
+        if (weights == nullptr) {
+            firsts += cells;
+            seconds += cells * cells;
+            continue;
+        }
+        const Lanes w = LoadLanes(weights + row);
+        cells = w == 0.0 ? Lanes{} : cells;
+        firsts += w * cells;
+        seconds += w * cells * cells;
+    }
+    PowerSums sums{FoldLanes(firsts), FoldLanes(seconds)};
+    for (; row < n; ++row) {
+        const double w = weights == nullptr ? 1.0 : weights[row];
+        if (w == 0.0) continue;
+        const double cell = (x[row] - value) - correction;
+        sums.first += w * cell;
+        sums.second += w * cell * cell;
+    }
+    return sums;
 }
 
 // Means, variances and standard deviations; `products` receives the centred cross-products.
@@ -44,20 +83,56 @@ Moments CentredMoments(Columns columns, int n, const double* weights, std::vecto
 
 }  // namespace
 
-Moments CorrelationMoments(Columns columns, int n, const double* weights)
+RowWeights::RowWeights(const matrix<double>* W, int n, const short* mask)
 {
-    const std::size_t q = columns.size();
-    std::vector<double> products;
-    Moments moments = CentredMoments(columns, n, weights, products);
-    moments.correlation.resize(q * q);
+    const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    total_ = static_cast<double>(rows);
+    if (W == nullptr && mask == nullptr) return;
+    if (mask == nullptr && rows <= W->total) {
+        data_ = W->data;
+    } else {
+        copy_.resize(rows);
+        for (std::size_t i = 0; i < rows; ++i) {
+            if (mask != nullptr && mask[i] != 0) continue;
+            copy_[i] = W == nullptr ? 1.0 : W->vbget(static_cast<int>(i) + 1);
+        }
+        data_ = copy_.data();
+    }
+    total_ = TotalWeight(n, data_);
+}
+
+std::vector<double> SumsOfSquares(Columns columns, int n, const double* weights, const Centres& centres)
+{
+    const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    const double total = TotalWeight(static_cast<int>(rows), weights);
+    std::vector<double> sums;
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+        const PowerSums powers =
+            CentredPowerSums(columns[j], weights, rows, centres.value[j], centres.correction[j]);
+        sums.push_back(total == 0.0 ? powers.second : powers.second - powers.first * powers.first / total);
+    }
+    return sums;
+}
+
+std::vector<double> CorrelationsOf(const std::vector<double>& products, std::size_t q)
+{
+    std::vector<double> correlations(q * q);
     for (std::size_t j = 0; j < q; ++j) {
         for (std::size_t i = 0; i < q; ++i) {
             const double scale = std::sqrt(products[i * q + i]) * std::sqrt(products[j * q + j]);
             double correlation = scale == 0.0 ? 0.0 : products[j * q + i] / scale;
             if (i == j && correlation != 0.0 && !std::isnan(correlation)) correlation = 1.0;
-            moments.correlation[j * q + i] = correlation;
+            correlations[j * q + i] = correlation;
         }
     }
+    return correlations;
+}
+
+Moments CorrelationMoments(Columns columns, int n, const double* weights)
+{
+    std::vector<double> products;
+    Moments moments = CentredMoments(columns, n, weights, products);
+    moments.correlation = CorrelationsOf(products, columns.size());
     return moments;
 }
 

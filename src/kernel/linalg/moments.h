@@ -5,8 +5,46 @@
 
 #include "core/matrix.h"
 #include "kernel/linalg/columns.h"
+#include "kernel/linalg/cross_products.h"
 
 namespace korvenrg::linalg {
+
+/** Weights of the rows: W, with 0 for the rows that a mask flags. */
+class RowWeights
+{
+  public:
+    /**
+     * @param W     n weights, or null for weights of 1; cells that it does not have read as its outOfRange value
+     * @param mask  n flags, or null: rows whose flag is not 0 get the weight 0
+     */
+    RowWeights(const matrix<double>* W, int n, const short* mask);
+    RowWeights(const RowWeights&) = delete;
+    RowWeights& operator=(const RowWeights&) = delete;
+
+    /** n weights, or null when all are 1. */
+    const double* Data() const
+    {
+        return data_;
+    }
+    /** Sum of the weights, in order. */
+    double Total() const
+    {
+        return total_;
+    }
+
+  private:
+    const double* data_ = nullptr;
+    double total_;
+    std::vector<double> copy_;
+};
+
+/** Sum of w (x - centre)^2 of each column, with the mean of the centred cells, which is nothing but the rounding of the
+ * centre, taken out. */
+std::vector<double> SumsOfSquares(Columns columns, int n, const double* weights, const Centres& centres);
+
+/** Correlations from centred cross-products (q x q by columns): 0 for a column without spread, with itself too, exactly
+ * 1 for any other column with itself. */
+std::vector<double> CorrelationsOf(const std::vector<double>& products, std::size_t q);
 
 /** Moments of q columns; the divisor of the variances is the sum of weights minus 1. */
 struct Moments

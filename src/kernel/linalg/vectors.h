@@ -1,30 +1,40 @@
-/** Fills, copies and sums of vectors. */
+/** Fills of vectors, multiples and sums of matrices. Elements outside a matrix read as its outOfRange value, and cells
+ * that an output does not have are dropped. */
 #pragma once
 
 #include "core/matrix.h"
+#include "kernel/linalg/matrix_sparse.h"
+#include "kernel/linalg/outputs.h"
+
+/** Sets the first n elements of a vector. T is double, int, short or wstring. */
+template <typename T>
+void SetVectorToValue(matrix<T>* vector, int n, const T& value)
+{
+    for (int i = 1; i <= n; ++i) {
+        vector->vbset(i, value);
+    }
+}
 
 /** Sets the first n flags to false. Returns n. */
 int InitVectorToFalse(short* flags, int n);
 
-/** Sum of the first n elements, in order, from 0. Elements outside the matrix read as its outOfRange value.
- */
-template <typename T>
-double V_Sum2(matrix<T>* vector, int n)
-{
-    double sum = 0.0;
-    for (int i = 1; i <= n; ++i) {
-        sum += vector->vbget(i);
-    }
-    return sum;
-}
+/** Writes 1, 2, ..., n. */
+void V_Set1toN(matrix<double>* vector, int n);
 
-/** Copies rows r0..r1 and columns c0..c1 of `source` into `target` from (1, 1) on. */
-template <typename T>
-void M_CopyBlock(matrix<T>* source, int r0, int r1, int c0, int c1, matrix<T>* target)
-{
-    for (int j = c0; j <= c1; ++j) {
-        for (int i = r0; i <= r1; ++i) {
-            target->vbset(i - r0 + 1, j - c0 + 1, source->vbget(i, j));
-        }
-    }
-}
+/** out = s A on the leading r x c cells. `out` may be A. */
+void M_ScalarsA(matrix<double>* A, int r, int c, double s, matrix<double>* out);
+
+/** A = s A on the leading r x c cells. */
+void M_ScalarsA2(matrix<double>* A, int r, int c, double s);
+
+/** C = s1 A + s2 B on r x c cells. @param C  created or resized to r x c; may be A or B */
+void M_Sums1As2B(matrix<double>* A,
+                 int r,
+                 int c,
+                 matrix<double>* B,
+                 double s1,
+                 double s2,
+                 matrix<double>*& C);
+
+/** Adds x to the leading r x c cells, in place. */
+void M_APlusVal2(matrix<double>* A, int r, int c, double x);

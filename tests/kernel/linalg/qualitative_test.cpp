@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "core/limits.h"
+
 namespace {
 
 TEST(Qualitative, TypesThatHoldAQualitativeVariable)
@@ -21,6 +23,48 @@ struct Coding
     int constraint;
     std::vector<std::vector<double>> rows;  // a, c, b, unknown; then the second variable's u
 };
+
+// Categories are sorted by character codes: capitals first.
+TEST(Qualitative, CategoriesFrequenciesAndCodes)
+{
+    matrix<std::wstring> texts(4, 2);
+    const wchar_t* cells[] = {L"b", L"B", L"a", L"b", L"u", L"u", L"u", L"v"};
+    for (int k = 1; k <= 8; ++k) {
+        texts.vbset(k, cells[k - 1]);
+    }
+    double w[] = {1.5, 2, 0, 4};
+    matrix<double> weights(4, 1, w, true);
+    for (const short weightedOnly : {korvenrg::kFalse, korvenrg::kTrue}) {
+        matrix<std::wstring>* labels = nullptr;
+        matrix<double>* freq = nullptr;
+        matrix<int>* counts = nullptr;
+        matrix<std::wstring>* allLabels = nullptr;
+        matrix<double>* allFreq = nullptr;
+        matrix<int>* codes = nullptr;
+        int maxCat = 0;
+        M_InfoQuali(&texts, 4, 2, labels, freq, counts, allLabels, allFreq, &weights, &maxCat, weightedOnly);
+        const int first = weightedOnly == 0 ? 3 : 2;
+        EXPECT_EQ(maxCat, first);
+        EXPECT_EQ(counts->vbget(1), first);
+        EXPECT_EQ(counts->vbget(2), 2);
+        EXPECT_EQ(labels->vbget(1, 1), L"B");
+        EXPECT_EQ(freq->vbget(1, first), 5.5);
+        EXPECT_EQ(labels->vbget(2, 3), L"");
+        ASSERT_EQ(allLabels->rows, first + 2);
+        EXPECT_EQ(allLabels->vbget(first + 2), L"v");
+        EXPECT_EQ(allFreq->vbget(first + 1), 3.5);
+        M_ReplaceCatByCodes(&texts, 4, 2, labels, counts, codes);
+        EXPECT_EQ(codes->vbget(1, 1), first);
+        EXPECT_EQ(codes->vbget(3, 1), weightedOnly == 0 ? 2 : 0) << "a category that is not there";
+        EXPECT_EQ(codes->vbget(4, 2), 2);
+        delete labels;
+        delete freq;
+        delete counts;
+        delete allLabels;
+        delete allFreq;
+        delete codes;
+    }
+}
 
 TEST(Qualitative, DisjunctiveTableUnderEachConstraint)
 {
@@ -62,6 +106,11 @@ TEST(Qualitative, DisjunctiveTableUnderEachConstraint)
             }
         }
     }
+    matrix<double> marked(4, 5);
+    BuildDisjunctiveTable(texts, 4, 2, 3, counts, categories, frequencies, marked, 0, 1);
+    EXPECT_EQ(marked.vbget(4, 3), korvenrg::kMissing);
+    EXPECT_EQ(marked.vbget(4, 5), 1.0);
+    EXPECT_EQ(marked.vbget(3, 3), 0.0);
 }
 
 }  // namespace
