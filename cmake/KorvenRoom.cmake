@@ -16,6 +16,7 @@ function(korven_room name)
   target_include_directories(${target} PUBLIC ${include_root})
   list(TRANSFORM ROOM_LINKS PREPEND korven_)
   target_link_libraries(${target} PUBLIC ${ROOM_LINKS} PRIVATE korven_compiler)
+  target_compile_definitions(${target} PRIVATE KORVENRG_BUILDING)
   set_property(GLOBAL APPEND PROPERTY KORVEN_ROOMS ${target})
 
   if(KORVENRG_TESTS AND NOT WIN32 AND NOT KORVENRG_SANITIZER)

@@ -86,9 +86,9 @@ int main()
                 coefficients.vbget(2, 2),
                 fit.vbget(4, 1));
 
-    const auto near = [](double actual, double expected) { return std::fabs(actual - expected) <= 1E-12; };
-    const bool right = outcome == 0 && used == 1 && near(coefficients.vbget(1, 1), 0.75) &&
-                       near(coefficients.vbget(2, 1), 1.5) && near(coefficients.vbget(2, 2), 0.25) &&
-                       near(anova.vbget(2, 2), 0.25) && near(fit.vbget(4, 1), 4.5 / 4.75);
+    const auto isClose = [](double actual, double expected) { return std::fabs(actual - expected) <= 1E-12; };
+    const bool right = outcome == 0 && used == 1 && isClose(coefficients.vbget(1, 1), 0.75) &&
+                       isClose(coefficients.vbget(2, 1), 1.5) && isClose(coefficients.vbget(2, 2), 0.25) &&
+                       isClose(anova.vbget(2, 2), 0.25) && isClose(fit.vbget(4, 1), 4.5 / 4.75);
     return right ? 0 : 1;
 }

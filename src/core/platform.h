@@ -46,6 +46,9 @@ typedef short VARIANT_BOOL;
 #define VARIANT_TRUE ((VARIANT_BOOL)-1)
 #define VARIANT_FALSE ((VARIANT_BOOL)0)
 
+/** Index of an array element. */
+typedef int32_t LONG;
+
 /** Outcome of an array operation: 0 success, negative failure. */
 typedef int32_t HRESULT;
 #define S_OK ((HRESULT)0)
@@ -128,9 +131,9 @@ KORVENRG_API unsigned SafeArrayGetElemsize(SAFEARRAY* array);
 /** Element type. */
 KORVENRG_API HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
 /** First index of a dimension, counted from 1, the leftmost first. */
-KORVENRG_API HRESULT SafeArrayGetLBound(SAFEARRAY* array, unsigned dimension, int32_t* bound);
+KORVENRG_API HRESULT SafeArrayGetLBound(SAFEARRAY* array, unsigned dimension, LONG* bound);
 /** Last index of a dimension, counted from 1, the leftmost first. */
-KORVENRG_API HRESULT SafeArrayGetUBound(SAFEARRAY* array, unsigned dimension, int32_t* bound);
+KORVENRG_API HRESULT SafeArrayGetUBound(SAFEARRAY* array, unsigned dimension, LONG* bound);
 /** Adds one to the lock count. */
 KORVENRG_API HRESULT SafeArrayLock(SAFEARRAY* array);
 /** Takes one from the lock count. */
@@ -140,12 +143,12 @@ KORVENRG_API HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data);
 /** Unlocks after SafeArrayAccessData. */
 KORVENRG_API HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
 /** Address of the element at `indices`, leftmost first. Elements stand with the leftmost index fastest. */
-KORVENRG_API HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, int32_t* indices, void** element);
+KORVENRG_API HRESULT SafeArrayPtrOfIndex(SAFEARRAY* array, LONG* indices, void** element);
 /** Copies one element out; a string element comes as a new string. */
-KORVENRG_API HRESULT SafeArrayGetElement(SAFEARRAY* array, int32_t* indices, void* value);
+KORVENRG_API HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* value);
 /** Copies one element in; for strings `value` is the string itself, its text is copied and the old string
  * freed. */
-KORVENRG_API HRESULT SafeArrayPutElement(SAFEARRAY* array, int32_t* indices, void* value);
+KORVENRG_API HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* value);
 
 #ifdef __cplusplus
 }

@@ -336,7 +336,7 @@ TEST(Matrix, AttachesToArraysByTheirBounds)
     }
     EXPECT_EQ(static_cast<int*>(vector->pvData)[4], 55);
     double value = 0.0;
-    std::array<std::int32_t, 2> index{2, 12};
+    std::array<LONG, 2> index{2, 12};
     EXPECT_EQ(SafeArrayGetElement(table, index.data(), &value), S_OK);
     EXPECT_EQ(value, 6.0);
     index = {1, 11};

@@ -24,7 +24,7 @@ SAFEARRAY* NewArray(VARTYPE type, std::vector<SAFEARRAYBOUND> bounds)
     return SafeArrayCreate(type, static_cast<unsigned>(bounds.size()), bounds.data());
 }
 
-void* AddressOf(SAFEARRAY* array, std::vector<std::int32_t> indices)
+void* AddressOf(SAFEARRAY* array, std::vector<LONG> indices)
 {
     void* element = nullptr;
     return SafeArrayPtrOfIndex(array, indices.data(), &element) == S_OK ? element : nullptr;
@@ -93,8 +93,8 @@ TEST(PlatformArrays, DescriptorAndElementsOfATwoDimensionalArray)
     EXPECT_EQ(sizeof(SAFEARRAY), 32U);
 
     auto* first = static_cast<double*>(array->pvData);
-    for (std::int32_t i = 1; i <= 2; ++i) {
-        for (std::int32_t j = 10; j <= 12; ++j) {
+    for (LONG i = 1; i <= 2; ++i) {
+        for (LONG j = 10; j <= 12; ++j) {
             EXPECT_EQ(AddressOf(array, {i, j}), first + 2 * (j - 10) + (i - 1)) << i << ", " << j;
             EXPECT_EQ(*static_cast<double*>(AddressOf(array, {i, j})), 0.0);
         }
@@ -102,7 +102,7 @@ TEST(PlatformArrays, DescriptorAndElementsOfATwoDimensionalArray)
     for (const auto& [i, j] : {std::array{0, 10}, std::array{3, 10}, std::array{1, 9}, std::array{1, 13}}) {
         EXPECT_EQ(AddressOf(array, {i, j}), nullptr) << i << ", " << j;
     }
-    std::int32_t bound = 0;
+    LONG bound = 0;
     EXPECT_EQ(SafeArrayGetLBound(array, 2, &bound), S_OK);
     EXPECT_EQ(bound, 10);
     EXPECT_EQ(SafeArrayGetUBound(array, 2, &bound), S_OK);
@@ -168,7 +168,7 @@ TEST(PlatformArrays, StringElementsAreCopiedAndFreed)
     SAFEARRAY* array = NewArray(VT_BSTR, {{3, 1}});
     EXPECT_EQ(array->fFeatures, FADF_HAVEVARTYPE | FADF_BSTR);
     BSTR text = SysAllocStringLen(L"a\0b", 3);
-    std::array<std::int32_t, 1> index{2};
+    std::array<LONG, 1> index{2};
     EXPECT_EQ(SafeArrayPutElement(array, index.data(), text), S_OK);
     EXPECT_EQ(SafeArrayPutElement(array, index.data(), text), S_OK);
     SysFreeString(text);
@@ -200,8 +200,8 @@ TEST(PlatformArrays, RefusalsHaveTheirCodes)
     EXPECT_EQ(SafeArrayRedim(nullptr, &bound), E_INVALIDARG);
 
     SAFEARRAY* array = NewArray(VT_I4, {{2, 0}});
-    std::int32_t value = 0;
-    std::array<std::int32_t, 1> index{2};
+    LONG value = 0;
+    std::array<LONG, 1> index{2};
     EXPECT_EQ(SafeArrayGetLBound(array, 0, &value), DISP_E_BADINDEX);
     EXPECT_EQ(SafeArrayGetUBound(array, 2, &value), DISP_E_BADINDEX);
     EXPECT_EQ(SafeArrayGetElement(array, index.data(), &value), DISP_E_BADINDEX);

@@ -212,7 +212,7 @@ void MultiplyDense(const DenseOperand& left, const DenseOperand& right, ProductS
     std::vector<double> packedRight(RoundUp(std::min(cols, kColumnBlock), kTileColumns) *
                                     std::min(inner, kInnerBlock));
     std::vector<double> packedLeft(kTileRows * std::min(inner, kInnerBlock));
-    alignas(64) double tile[kTileRows * kTileColumns];
+    double tile[kTileRows * kTileColumns];
 
     for (std::size_t firstColumn = 0; firstColumn < cols; firstColumn += kColumnBlock) {
         const std::size_t columns = std::min(kColumnBlock, cols - firstColumn);
