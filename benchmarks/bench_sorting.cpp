@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <numeric>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -16,34 +18,35 @@ namespace {
 
 enum Input
 {
-    kScattered,  // all keys different, over twelve decades and both signs
-    kTied,       // a hundred different keys
+    kScattered,  // normal deviates
+    kTied,       // about a hundred different keys
     kAscending,
     kDescending,
 };
 
-double Key(Input input, int i, int n)
-{
-    const double multiple = (i + 0.5) * 0.6180339887498949;
-    const double spread = multiple - std::floor(multiple);
-    switch (input) {
-        case kScattered:
-            return (i % 2 == 0 ? 1.0 : -1.0) * std::pow(10.0, 12.0 * spread - 6.0);
-        case kTied:
-            return std::floor(100.0 * spread);
-        case kAscending:
-            return i;
-        default:
-            return n - i;
-    }
-}
-
 std::vector<double> Keys(const benchmark::State& state)
 {
     const auto n = static_cast<int>(state.range(0));
+    std::mt19937_64 generator(1);
+    std::normal_distribution<double> normal;
     std::vector<double> keys;
     for (int i = 0; i < n; ++i) {
-        keys.push_back(Key(static_cast<Input>(state.range(1)), i, n));
+        keys.push_back(normal(generator));
+    }
+    switch (state.range(1)) {
+        case kTied:
+            std::transform(keys.begin(), keys.end(), keys.begin(), [](double x) {
+                return std::floor(16 * x);
+            });
+            break;
+        case kAscending:
+            std::sort(keys.begin(), keys.end());
+            break;
+        case kDescending:
+            std::sort(keys.begin(), keys.end(), std::greater<>());
+            break;
+        default:
+            break;
     }
     return keys;
 }

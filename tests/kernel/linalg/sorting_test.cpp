@@ -80,15 +80,18 @@ TEST(Sorting, MovesTableCompanionAndKeyInTheRangeOnly)
     EXPECT_EQ(Cells(table), (std::vector<int>{11, 13, 15, 14, 12, 21, 23, 25, 24, 22}));
 }
 
-// Long enough for the digit passes: against the standard library's stable sort, many ties, all decades.
+// Long enough for the digit passes: against the standard library's stable sort, with many ties, all decades, and two
+// thousand keys that differ in their last bits only.
 TEST(Sorting, LongVectorsAgreeWithAStableSort)
 {
-    constexpr int kCount = 5000;
+    constexpr int kCount = 10000;
     std::vector<double> keys;
     for (int i = 0; i < kCount; ++i) {
         const double spread = std::fmod(i * 0.6180339887498949, 1.0);
-        keys.push_back(i % 3 == 0 ? std::floor(40 * spread) - 20
-                                  : (spread - 0.5) * std::pow(10.0, i % 600 - 300));
+        const double tied = std::floor(40 * spread) - 20;
+        const double scattered = (spread - 0.5) * std::pow(10.0, i % 600 - 300);
+        const double close = -1.0 - spread * 1e-10;
+        keys.push_back(i % 5 == 0 ? close : i % 3 == 0 ? tied : scattered);
     }
     keys[17] = kNaN;
     for (const bool descending : {false, true}) {
