@@ -21,8 +21,8 @@ constexpr double kTieTolerance = 1E-7;
 /** Edges and path extensions after which the test is given up. */
 constexpr std::int64_t kMostSteps = 1'000'000'000;
 
-/** Different paths of one stage after which the test is given up: 16 bytes each. */
-constexpr std::int64_t kMostPaths = 30'000'000;
+/** Different paths of one stage after which the test is given up: 32 to 64 bytes each. */
+constexpr std::int64_t kMostPaths = 10'000'000;
 
 /** log(k!) and log(k/2). */
 class LogTables
@@ -144,7 +144,8 @@ class Network
           logs_(table.total, table.cells.size())
     {
         std::sort(rows_.begin(), rows_.end(), std::greater<>());
-        std::sort(columns_.begin(), columns_.end(), std::greater<>());
+        std::sort(columns_.begin(), columns_.end());
+        widest_.assign(columns_.rbegin(), columns_.rend());
         taken_.resize(rows_.size());
         child_.resize(rows_.size());
         observed_ = -logs_.SumOfFactorials(table.cells);
@@ -158,7 +159,7 @@ class Network
         const double logTotal = LogTotalWeight(rows_, columns_, logs_);
         Node& root = nodes.FindOrAdd(rows_, added);
         root.completions.logTotal = logTotal;
-        root.paths.push_back({0.0, 1.0});
+        root.paths.Add(0.0, 1.0);
         for (stage_ = 0; stage_ + 1 < columns_.size(); ++stage_) {
             if (!RunStage(nodes)) return {};
         }
@@ -191,10 +192,9 @@ class Network
         return true;
     }
 
-    void OpenNode(Node& node, std::span<const int> totals)
+    void OpenNode(const Node& node, std::span<const int> totals)
     {
-        MergePaths(node.paths);
-        paths_ = node.paths;
+        paths_ = node.paths.Sorted();
         completions_ = node.completions;
         totals_.assign(totals.begin(), totals.end());
         rowsBehind_.assign(totals_.size() + 1, 0);
@@ -304,7 +304,8 @@ class Network
         const auto columns = ColumnsFrom(stage_ + 1);
         const auto firstEmpty = std::find(child_.begin(), child_.end(), 0);
         const std::span rows(child_.begin(), firstEmpty);
-        const double crowded = std::min(CrowdedSum(rows, columns, logs_), CrowdedSum(columns, rows, logs_));
+        const double crowded = std::min(CrowdedSum(rows, std::span(widest_).first(columns.size()), logs_),
+                                        CrowdedSum(columns, rows, logs_));
         return {LogTotalWeight(rows, columns, logs_), -SpreadSum(rows, columns, logs_), -crowded};
     }
 
@@ -318,14 +319,9 @@ class Network
         if (allCount >= someCount) return;
         const auto before = static_cast<std::int64_t>(child.paths.size());
         for (std::size_t k = allCount; k < someCount; ++k) {
-            child.paths.push_back({paths_[k].logWeight + logWeight, share * paths_[k].mass});
+            child.paths.Add(paths_[k].logWeight + logWeight, share * paths_[k].mass);
         }
         steps_ += static_cast<std::int64_t>(someCount - allCount);
-        constexpr std::size_t kSmall = 256;
-        if (child.paths.size() > std::max(2 * child.mergedSize, kSmall)) {
-            MergePaths(child.paths);
-            child.mergedSize = child.paths.size();
-        }
         pathsOfNext_ += static_cast<std::int64_t>(child.paths.size()) - before;
     }
 
@@ -341,7 +337,8 @@ class Network
 
     CochranRule rule_;
     std::vector<int> rows_;
-    std::vector<int> columns_;
+    std::vector<int> columns_;  ///< ascending: the stages near the root then have few nodes
+    std::vector<int> widest_;   ///< descending
     LogTables logs_;
     double observed_ = 0.0;
     double limit_ = 0.0;

@@ -16,11 +16,33 @@ struct PastPaths
     double mass;
 };
 
-/** Log weights nearer to each other than this are one. Far above their rounding, far below the tie tolerance. */
+/** Log weights nearer to each other than this may be taken as one. Far above their rounding, far below the
+    tolerance of ties. */
 inline constexpr double kSamePath = 1E-10;
 
-/** Sorts paths by weight and makes one of those with the same. */
-void MergePaths(std::vector<PastPaths>& paths);
+/** The paths to a node; those of one weight are kept as one. */
+class PathTable
+{
+  public:
+    /** Adds paths. A mass of 0 (underflow) is not kept. */
+    void Add(double logWeight, double mass);
+
+    /** The paths in ascending order of weight. */
+    std::vector<PastPaths> Sorted() const;
+
+    std::size_t size() const
+    {
+        return size_;
+    }
+
+  private:
+    PastPaths& SlotOf(double logWeight);
+    void Grow();
+
+    std::vector<PastPaths> slots_;  ///< a power of two of them, or none; a mass of 0 is an empty slot
+    int shift_ = 64;                ///< 64 less the binary logarithm of the number of slots
+    std::size_t size_ = 0;
+};
 
 /** What is known of the completions of a node. */
 struct Completions
@@ -33,8 +55,7 @@ struct Completions
 struct Node
 {
     Completions completions;
-    std::vector<PastPaths> paths;
-    std::size_t mergedSize = 0;  ///< number of paths after the last merge
+    PathTable paths;
 };
 
 /** The nodes of one stage, in the order in which they were added. */
