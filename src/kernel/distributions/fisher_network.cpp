@@ -1,0 +1,368 @@
+#include "kernel/distributions/fisher_network.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <numeric>
+#include <span>
+
+#include "kernel/distributions/chi_square.h"
+#include "kernel/distributions/fisher_nodes.h"
+#include "kernel/distributions/gamma_functions.h"
+
+namespace korvenrg::distributions {
+
+namespace {
+
+/** Tables whose probability exceeds that of the given one by at most this part count as equally probable. */
+constexpr double kTieTolerance = 1E-7;
+
+/** Edges and path extensions after which the test is given up. */
+constexpr std::int64_t kMostSteps = 1'000'000'000;
+
+/** Different paths of one stage after which the test is given up: 32 to 64 bytes each. */
+constexpr std::int64_t kMostPaths = 10'000'000;
+
+/** log(k!) and log(k/2). */
+class LogTables
+{
+  public:
+    LogTables(int total, std::size_t cells)
+        : factorial_(static_cast<std::size_t>(total) + 1), half_(2 * factorial_.size() + cells + 1)
+    {
+        for (std::size_t k = 0; k < factorial_.size(); ++k) {
+            factorial_[k] = GammaLn(static_cast<double>(k) + 1.0);
+        }
+        for (std::size_t k = 1; k < half_.size(); ++k) {
+            half_[k] = std::log(0.5 * static_cast<double>(k));
+        }
+    }
+    double Factorial(int k) const
+    {
+        return factorial_[static_cast<std::size_t>(k)];
+    }
+    double Half(std::size_t k) const
+    {
+        return half_[k];
+    }
+    double SumOfFactorials(std::span<const int> counts) const
+    {
+        double sum = 0.0;
+        for (const int count : counts) {
+            sum += Factorial(count);
+        }
+        return sum;
+    }
+
+  private:
+    std::vector<double> factorial_;
+    std::vector<double> half_;
+};
+
+/** A sum with its rounding errors carried along (Neumaier 1974). */
+class CompensatedSum
+{
+  public:
+    void Add(double term)
+    {
+        const double sum = sum_ + term;
+        correction_ += std::fabs(sum_) >= std::fabs(term) ? sum_ - sum + term : term - sum + sum_;
+        sum_ = sum;
+    }
+    double Value() const
+    {
+        return sum_ + correction_;
+    }
+
+  private:
+    double sum_ = 0.0;
+    double correction_ = 0.0;
+};
+
+int SumOf(std::span<const int> counts)
+{
+    return std::accumulate(counts.begin(), counts.end(), 0);
+}
+
+// Sum over tables with these margins of the product of 1/cell!, as a logarithm.
+double LogTotalWeight(std::span<const int> rows, std::span<const int> columns, const LogTables& logs)
+{
+    return logs.Factorial(SumOf(rows)) - logs.SumOfFactorials(rows) - logs.SumOfFactorials(columns);
+}
+
+// Upper bound of the sum of log(cell!) when each total of `lines` is spread over cells of at most `widths`
+// (descending): log x! is convex, so the sum is largest when the widest cells are filled first.
+double CrowdedSum(std::span<const int> lines, std::span<const int> widths, const LogTables& logs)
+{
+    double sum = 0.0;
+    for (int left : lines) {
+        for (std::size_t j = 0; left > 0 && j < widths.size(); ++j) {
+            sum += logs.Factorial(std::min(left, widths[j]));
+            left -= widths[j];
+        }
+    }
+    return sum;
+}
+
+// Lower bound of the sum of log(cell!) over all tables with these margins, rows all positive. For any numbers s(i,j) =
+// u(i) + v(j), the sum of min over x of (log x! - s(i,j) x) plus the sums of u times row totals and v times column
+// totals is one (Lagrange). The minimum is at x = floor(exp s); with exp s = (row + columns/2)(column +
+// rows/2)/(total + cells/2) these x add up to nearly the margins, so the bound is near the best.
+double SpreadSum(std::span<const int> rows, std::span<const int> columns, const LogTables& logs)
+{
+    const std::size_t r = rows.size();
+    const std::size_t c = columns.size();
+    const auto doubled = [](int count) { return 2 * static_cast<std::size_t>(count); };
+    const std::size_t whole = doubled(SumOf(rows)) + r * c;
+    double sum = 0.0;
+    for (const int column : columns) {
+        const std::size_t columnPart = doubled(column) + r;
+        const double v = logs.Half(columnPart) - logs.Half(whole);
+        const double scale = 0.5 * static_cast<double>(columnPart) / static_cast<double>(whole);
+        sum += v * column;
+        for (const int row : rows) {
+            const std::size_t rowPart = doubled(row) + c;
+            const int x = std::min(static_cast<int>(scale * static_cast<double>(rowPart)), row);
+            sum += logs.Factorial(x) - (logs.Half(rowPart) + v) * x;
+        }
+    }
+    for (const int row : rows) {
+        sum += logs.Half(doubled(row) + c) * row;
+    }
+    return sum;
+}
+
+/** The computation for one table. */
+class Network
+{
+  public:
+    Network(const CountTable& table, const CochranRule& rule)
+        : rule_(rule),
+          rows_(table.rowTotals),
+          columns_(table.columnTotals),
+          logs_(table.total, table.cells.size())
+    {
+        std::sort(rows_.begin(), rows_.end(), std::greater<>());
+        std::sort(columns_.begin(), columns_.end());
+        widest_.assign(columns_.rbegin(), columns_.rend());
+        taken_.resize(rows_.size());
+        child_.resize(rows_.size());
+        observed_ = -logs_.SumOfFactorials(table.cells);
+        limit_ = observed_ + kTieTolerance;
+    }
+
+    NetworkResult Run()
+    {
+        NodeTable nodes(rows_.size());
+        bool added = false;
+        const double logTotal = LogTotalWeight(rows_, columns_, logs_);
+        Node& root = nodes.FindOrAdd(rows_, added);
+        root.completions.logTotal = logTotal;
+        root.paths.Add(0.0, 1.0);
+        for (stage_ = 0; stage_ + 1 < columns_.size(); ++stage_) {
+            if (!RunStage(nodes)) return {};
+        }
+        const double pValue = std::min(tail_.Value(), 1.0);
+        return {true, pValue, std::exp(observed_ - logTotal)};
+    }
+
+  private:
+    std::span<const int> ColumnsFrom(std::size_t stage) const
+    {
+        return std::span(columns_).subspan(stage);
+    }
+
+    // Takes column stage_ out of all nodes; `nodes` becomes those of the next stage. False at the work limit.
+    bool RunStage(NodeTable& nodes)
+    {
+        next_ = NodeTable(rows_.size());
+        pathsOfNext_ = 0;
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            OpenNode(nodes[i], nodes.Totals(i));
+            if (!MeetsRule()) {
+                TakeRow(0, columns_[stage_], 0.0, 1.0);
+            } else {
+                AddChiSquareTails();
+            }
+            if (steps_ > kMostSteps || pathsOfNext_ > kMostPaths) return false;
+            nodes[i].paths = {};
+        }
+        nodes = std::move(next_);
+        return true;
+    }
+
+    void OpenNode(const Node& node, std::span<const int> totals)
+    {
+        paths_ = node.paths.Sorted();
+        completions_ = node.completions;
+        totals_.assign(totals.begin(), totals.end());
+        rowsBehind_.assign(totals_.size() + 1, 0);
+        for (std::size_t i = totals_.size(); i > 0; --i) {
+            rowsBehind_[i - 1] = rowsBehind_[i] + totals_[i - 1];
+        }
+        massUpTo_.assign(paths_.size() + 1, 0.0);
+        for (std::size_t k = 0; k < paths_.size(); ++k) {
+            massUpTo_[k + 1] = massUpTo_[k] + paths_[k].mass;
+        }
+    }
+
+    // Whether the remaining table of the node meets Cochran's conditions. Empty rows are no part of it.
+    bool MeetsRule() const
+    {
+        if (!rule_.active || stage_ == 0) return false;
+        double cells = 0.0;
+        double good = 0.0;
+        for (const int row : totals_) {
+            if (row == 0) continue;
+            for (const int column : ColumnsFrom(stage_)) {
+                const double expected = static_cast<double>(row) * column / rowsBehind_[0];
+                if (expected < rule_.smallest) return false;
+                cells += 1.0;
+                if (expected >= rule_.expected) good += 1.0;
+            }
+        }
+        return good * 100.0 >= rule_.percent * cells;
+    }
+
+    // Completions count when their conditional log probability is at most x. It is near -(X2 + K)/2 with X2 the
+    // chi-square of the completion, K = df log(2 pi) + (c - 1) sum of log row + (r - 1) sum of log column - (r c -
+    // 1) log total: the multivariate normal density that has the covariance of the counts.
+    void AddChiSquareTails()
+    {
+        double r = 0.0;
+        double logRows = 0.0;
+        for (const int row : totals_) {
+            if (row == 0) continue;
+            r += 1.0;
+            logRows += std::log(row);
+        }
+        const auto columns = ColumnsFrom(stage_);
+        const auto c = static_cast<double>(columns.size());
+        double logColumns = 0.0;
+        for (const int column : columns) {
+            logColumns += std::log(column);
+        }
+        const double df = (r - 1.0) * (c - 1.0);
+        const double constant = df * std::log(2.0 * 3.14159265358979323846) + (c - 1.0) * logRows +
+                                (r - 1.0) * logColumns - (r * c - 1.0) * std::log(rowsBehind_[0]);
+        for (const PastPaths& path : paths_) {
+            const double x = limit_ - path.logWeight - completions_.logTotal;
+            tail_.Add(path.mass * (df > 0.0 ? pValChiSq(std::max(-2.0 * x - constant, 0.0), df) : 1.0));
+        }
+    }
+
+    // Shares `left` of the column out over the rows from `row` on. Equal row totals are interchangeable: among them
+    // only descending shares are formed, and `ways` counts their arrangements.
+    void TakeRow(std::size_t row, int left, double logWeight, double ways)
+    {
+        if (row == totals_.size()) {
+            TakeEdge(logWeight, ways);
+            return;
+        }
+        const bool likeLast = row > 0 && totals_[row] == totals_[row - 1];
+        const int most = std::min({left, totals_[row], likeLast ? taken_[row - 1] : left});
+        const int least = std::max(left - rowsBehind_[row + 1], 0);
+        int place = 1;  // within the run of equal row totals
+        while (row >= static_cast<std::size_t>(place) &&
+               totals_[row - static_cast<std::size_t>(place)] == totals_[row])
+        {
+            ++place;
+        }
+        for (int share = most; share >= least; --share) {
+            taken_[row] = share;
+            int equal = 1;  // how many of the run have taken this share
+            while (equal < place && taken_[row - static_cast<std::size_t>(equal)] == share) {
+                ++equal;
+            }
+            TakeRow(row + 1, left - share, logWeight - logs_.Factorial(share), ways * place / equal);
+        }
+    }
+
+    void TakeEdge(double logWeight, double ways)
+    {
+        steps_ += 1;
+        if (steps_ > kMostSteps) return;
+        for (std::size_t i = 0; i < totals_.size(); ++i) {
+            child_[i] = totals_[i] - taken_[i];
+        }
+        if (stage_ + 2 == columns_.size()) {  // one column is left, and there is one way to fill it
+            const double last = -logs_.SumOfFactorials(child_);
+            const double share = ways * std::exp(logWeight + last - completions_.logTotal);
+            tail_.Add(share * massUpTo_[PathsUpTo(limit_ - logWeight - last)]);
+            return;
+        }
+        std::sort(child_.begin(), child_.end(), std::greater<>());
+        bool added = false;
+        Node& child = next_.FindOrAdd(child_, added);
+        if (added) child.completions = CompletionsOfChild();
+        FollowEdge(child, logWeight, ways);
+    }
+
+    Completions CompletionsOfChild() const
+    {
+        const auto columns = ColumnsFrom(stage_ + 1);
+        const auto firstEmpty = std::find(child_.begin(), child_.end(), 0);
+        const std::span rows(child_.begin(), firstEmpty);
+        const double crowded = std::min(CrowdedSum(rows, std::span(widest_).first(columns.size()), logs_),
+                                        CrowdedSum(columns, rows, logs_));
+        return {LogTotalWeight(rows, columns, logs_), -SpreadSum(rows, columns, logs_), -crowded};
+    }
+
+    // Paths whose completions all count are done, those without any are dropped, the others go on.
+    void FollowEdge(Node& child, double logWeight, double ways)
+    {
+        const double share = ways * std::exp(logWeight + child.completions.logTotal - completions_.logTotal);
+        const std::size_t allCount = PathsUpTo(limit_ - logWeight - child.completions.largest);
+        const std::size_t someCount = PathsUpTo(limit_ - logWeight - child.completions.smallest);
+        tail_.Add(share * massUpTo_[allCount]);
+        if (allCount >= someCount) return;
+        const auto before = static_cast<std::int64_t>(child.paths.size());
+        for (std::size_t k = allCount; k < someCount; ++k) {
+            child.paths.Add(paths_[k].logWeight + logWeight, share * paths_[k].mass);
+        }
+        steps_ += static_cast<std::int64_t>(someCount - allCount);
+        pathsOfNext_ += static_cast<std::int64_t>(child.paths.size()) - before;
+    }
+
+    // Number of paths whose log weight is at most `bound`.
+    std::size_t PathsUpTo(double bound) const
+    {
+        const auto end =
+            std::upper_bound(paths_.begin(), paths_.end(), bound, [](double b, const PastPaths& path) {
+                return b < path.logWeight;
+            });
+        return static_cast<std::size_t>(end - paths_.begin());
+    }
+
+    CochranRule rule_;
+    std::vector<int> rows_;
+    std::vector<int> columns_;  ///< ascending: the stages near the root then have few nodes
+    std::vector<int> widest_;   ///< descending
+    LogTables logs_;
+    double observed_ = 0.0;
+    double limit_ = 0.0;
+    std::size_t stage_ = 0;
+    std::int64_t steps_ = 0;
+    std::int64_t pathsOfNext_ = 0;
+    CompensatedSum tail_;
+    NodeTable next_{0};
+
+    // The node that is expanded, and the edge under way.
+    std::vector<int> totals_;
+    std::vector<int> rowsBehind_;  ///< sum of the totals from a row on
+    std::vector<PastPaths> paths_;
+    std::vector<double> massUpTo_;
+    Completions completions_;
+    std::vector<int> taken_;
+    std::vector<int> child_;
+};
+
+}  // namespace
+
+NetworkResult FisherTail(const CountTable& table, const CochranRule& rule)
+{
+    return Network(table, rule).Run();
+}
+
+}  // namespace korvenrg::distributions
