@@ -63,8 +63,11 @@ KORVENRG_API int Cpp_CheckBoolean(
  * InputInfo, by position from 1; a flag is on at exactly 1.0:
  *    1 fixed intercept (flag)      2 its value                  3 tolerance a column must exceed
  *    4 unused                      5 method: negative fits all active factors; 0 best subset, 1 stepwise, 2 forward,
- *                                    3 backward are reserved: this version fits all active factors for them too
- *    6 criterion: 2 fills the Cp column of oModels           7, 8, 9, 10 unused in this version
+ *                                    3 backward
+ *    6 criterion of best subsets: 0 adjusted R squared, 1 MSE, 2 Cp, 3 AIC, 4 SBC, 5 PC; 2 fills the Cp column of oModels
+ *                                    for any method
+ *    7 probability to enter        8 to be removed, of methods 1 to 3
+ *    9 smallest number of factors 10 largest, of best subsets
  *   11 alpha of the intervals     12, 13, 14, 16 type tables (reserved: this version leaves the tables as they are)
  *   15 constraint code of the design table; 2 or more: dropped levels get derived coefficients
  *   17 exactly 0.0: oVarCovCoef stays on the fitted columns; otherwise it is mapped through FactSubDesign
@@ -95,10 +98,12 @@ KORVENRG_API int RunOLS1(
     double* FactSubDesign,     /**< [in; p x p] map from fitted columns to reported parameters */
     double* InputInfo,         /**< [in; 17] options, see above */
     int* pFinal,               /**< [out; 1] number of columns in the final model */
-    double* oModels,           /**< [out; 2p x (NbFactors+12)] one row per factor entered: 1 row number, 2 columns,
-                                    3 +1, 4 the factor, 5.. indicators of the factors in the model, then SSE, MSE,
-                                    R squared, adjusted R squared, Cp, AIC, SBC, PC; other rows stay */
-    int* oBestID,              /**< [out; 1] row of the best model; written by best-subset selection only */
+    double* oModels,           /**< [out; 2p x (NbFactors+12)] one row per factor entered, per step, or per subset size:
+                                    1 row number, number of factors, or size, 2 columns, 3 +1 entered, -1 removed, 0 a
+                                    subset, 4 the factor, 5.. indicators of the factors in the model, then SSE, MSE,
+                                    R squared, adjusted R squared, Cp, AIC, SBC, PC. Without a selection other rows stay;
+                                    with one they are 0 */
+    int* oBestID,              /**< [out; 1] row of the best model; written when best-subset selection finds one */
     int* ioFactSubRemoved,     /**< [inout; p] state of each column */
     double* oFitCoeffs,        /**< [out; 15 x 2] column 1: observations, sum of weights, DF, R squared, adjusted
                                     R squared, MSE, RMSE, MAPE, Durbin-Watson, Cp, AIC, SBC, PC, PRESS, Q squared;

@@ -1,11 +1,9 @@
 #include "linear/forced_pass.h"
 
-#include <cmath>
-
 #include "core/limits.h"
-#include "kernel/linalg/sweep.h"
 #include "linear/factor_description.h"
 #include "linear/ols_tables.h"
+#include "linear/packed_model.h"
 
 namespace korvenrg::linear {
 
@@ -13,32 +11,22 @@ namespace {
 
 struct ForcedPass
 {
-    int p;
-    double tol;
-    double c;
-    double S;
-    double sY;
-    matrix<double>* packed;
+    PackedModel model;
     int nbFactors;
     matrix<int>* parents;
     matrix<int>* states;
     matrix<double>* models;
 
-    double ResidualTerm() const
-    {
-        return packed->vbget(static_cast<int>(linalg::PackedPosition(p + 1, p + 1)));
-    }
-
     double Sse() const
     {
-        return (S - 1.0) * ResidualTerm() * sY * sY;
+        return model.Sse(model.ResidualTerm());
     }
 };
 
 // A column enters when its state is not positive and its tolerance is high enough.
 bool MayEnter(const ForcedPass& pass, int column)
 {
-    return pass.states->vbget(column) <= 0 && OLSCheckIfIn(pass.packed, pass.p, column, pass.tol) > pass.tol;
+    return pass.states->vbget(column) <= 0 && pass.model.Passes(column);
 }
 
 void RefuseCandidate(const ForcedPass& pass, int column)
@@ -50,19 +38,19 @@ void RefuseCandidate(const ForcedPass& pass, int column)
 int EnterFactor(const ForcedPass& pass, int factor, int columnsBefore)
 {
     int count = 0;
-    for (int j = 1; j <= pass.p; ++j) {
+    for (int j = 1; j <= pass.model.p; ++j) {
         if (pass.parents->vbget(j) == factor) {
             if (MayEnter(pass, j)) {
                 count += 1;
-                M_Sweep(pass.packed, pass.p + 1, j);
+                pass.model.Sweep(j);
                 pass.states->vbset(j, kInModel);
             } else {
                 RefuseCandidate(pass, j);
             }
         }
-        const bool degreesOfFreedomUsed = pass.S - columnsBefore - count - pass.c == 0.0;
+        const bool degreesOfFreedomUsed = pass.model.S - columnsBefore - count - pass.model.c == 0.0;
         if (degreesOfFreedomUsed) {
-            for (int later = j + 1; later <= pass.p; ++later) {
+            for (int later = j + 1; later <= pass.model.p; ++later) {
                 RefuseCandidate(pass, later);
             }
             break;
@@ -94,19 +82,18 @@ void WriteModelStatistics(const ForcedPass& pass, int row, double q, double dfE)
 {
     matrix<double>& models = *pass.models;
     const int nf = pass.nbFactors;
-    const double r = pass.ResidualTerm();
+    const double r = pass.model.ResidualTerm();
     const double sse = pass.Sse();
     models.vbset(row, nf + kModelSse, sse);
     models.vbset(row, nf + kModelRSquared, 1.0 - r);
     if (dfE > kGuard) {
         models.vbset(row, nf + kModelMse, sse / dfE);
         models.vbset(row, nf + kModelAdjustedRSquared, (1.0 - r) - q * r / dfE);
-        models.vbset(row, nf + kModelPc, (q + pass.S + pass.c) * r / dfE);
+        models.vbset(row, nf + kModelPc, (q + pass.model.S + pass.model.c) * r / dfE);
     }
-    const bool perfect = !(sse > kEps);
-    const double deviance = perfect ? kMissing : std::log(sse / pass.S) * pass.S;
-    models.vbset(row, nf + kModelAic, perfect ? kMissing : (q + pass.c) * 2.0 + deviance);
-    models.vbset(row, nf + kModelSbc, perfect ? kMissing : std::log(pass.S) * (q + pass.c) + deviance);
+    const InformationCriteria criteria = InformationCriteriaOf(pass.model, q, sse);
+    models.vbset(row, nf + kModelAic, criteria.aic);
+    models.vbset(row, nf + kModelSbc, criteria.sbc);
 }
 
 }  // namespace
@@ -131,7 +118,7 @@ void OLSForcedSelection(int p,
 {
     using namespace korvenrg;
     using namespace korvenrg::linear;
-    const ForcedPass pass{p, tol, c, S, sY, packed, NbFactors, FactSubParents, ioFactSubRemoved, oModels};
+    const ForcedPass pass{{p, tol, c, S, sY, packed}, NbFactors, FactSubParents, ioFactSubRemoved, oModels};
 
     double best = kLargest;
     int row = 0;

@@ -21,8 +21,16 @@ enum OptionPosition
     kOptTolerance = 3,
     kOptMethod = 5,
     kOptCriterion = 6,
+    kOptPEnter = 7,
+    kOptPRemove = 8,
+    kOptMinVars = 9,
+    kOptMaxVars = 10,
     kOptAlpha = 11,
+    kOptTypeI = 12,
+    kOptTypeII = 13,
+    kOptTypeIII = 14,
     kOptConstraint = 15,
+    kOptTypeIV = 16,
     kOptKeepRawCov = 17
 };
 
@@ -40,7 +48,15 @@ OlsOptions ReadOlsOptions(const matrix<double>& info)
             .tolerance = info.vbget(kOptTolerance),
             .method = info.vbget(kOptMethod),
             .criterion = info.vbget(kOptCriterion),
+            .pEnter = info.vbget(kOptPEnter),
+            .pRemove = info.vbget(kOptPRemove),
+            .minVars = info.vbget(kOptMinVars),
+            .maxVars = info.vbget(kOptMaxVars),
             .alpha = info.vbget(kOptAlpha),
+            .withTypeI = IsOn(info.vbget(kOptTypeI)),
+            .withTypeII = IsOn(info.vbget(kOptTypeII)),
+            .withTypeIII = IsOn(info.vbget(kOptTypeIII)),
+            .withTypeIV = IsOn(info.vbget(kOptTypeIV)),
             .constraint = Truncated(info.vbget(kOptConstraint)),
             .keepsRawCov = info.vbget(kOptKeepRawCov) == 0.0};
 }
@@ -116,14 +132,14 @@ void CountModel(OlsRun& run)
 //   - flag constant columns
 //   - pack the correlations
 //   - sweep the model in; stop when no column can enter
+//   - select variables
 //   - drop factors without a column
 //   - unpack the swept matrix
 //   - coefficients of the fitted columns, predictions and residuals
 //   - ANOVA table and fit statistics
 //   - covariance, reported and standardised parameters
 //   - leverages and case statistics
-// A selection of variables belongs between the forced model and the dropping of empty factors; type tables
-// belong at the end.
+//   - type tables
 int cRunOLS1(int n,
              int p,
              matrix<double>* Y,
@@ -142,13 +158,13 @@ int cRunOLS1(int n,
              matrix<double>* InputInfo,
              int* pFinal,
              matrix<double>* oModels,
-             [[maybe_unused]] int* oBestID,
+             int* oBestID,
              matrix<int>* ioFactSubRemoved,
              matrix<double>* oFitCoeffs,
              matrix<double>* oANOVATable,
-             [[maybe_unused]] matrix<double>* oTypeISSTable,
-             [[maybe_unused]] matrix<double>* oTypeIISSTable,
-             [[maybe_unused]] matrix<double>* oTypeIIISSTable,
+             matrix<double>* oTypeISSTable,
+             matrix<double>* oTypeIISSTable,
+             matrix<double>* oTypeIIISSTable,
              matrix<double>* oRCoeffs,
              matrix<double>* oCoeffs,
              matrix<double>* oStdevCoeffs,
@@ -168,51 +184,60 @@ int cRunOLS1(int n,
         *pFinal = 0;
         return kNoModel;
     }
-    OlsRun run{.options = ReadOlsOptions(*InputInfo),
-               .data = {.n = n,
-                        .p = p,
-                        .columns = {*X, n, p},
-                        .response = Y,
-                        .fittedResponse = {},
-                        .caseWeights = Wc,
-                        .regressionWeights = Wr,
-                        .weights = {}},
-               .factors = {.nbFactors = NbFactors,
-                           .type = FactType,
-                           .active = FactActive,
-                           .nbVars = FactNbVars,
-                           .listVars = FactListVars,
-                           .nbSub = FactNbSub,
-                           .subParents = FactSubParents,
-                           .subDesign = FactSubDesign,
-                           .subRemoved = ioFactSubRemoved},
-               .out = {.pFinal = pFinal,
-                       .models = oModels,
-                       .fit = oFitCoeffs,
-                       .anova = oANOVATable,
-                       .rawCoefficients = oRCoeffs,
-                       .coefficients = oCoeffs,
-                       .parameters = oStdevCoeffs,
-                       .standardised = oBetaCoeffs,
-                       .covariance = oVarCovCoef,
-                       .prediction = oYPred,
-                       .predictionErrors = oStDevYPred,
-                       .residuals = oResiduals,
-                       .cooksD = oCooksD,
-                       .leaveOneOut = oAdjPred,
-                       .sweptMatrix = oRMat,
-                       .mean = oMean,
-                       .stDev = oStDev},
-               .correlation = {},
-               .packed = {static_cast<int>(korvenrg::linalg::PackedSize(static_cast<std::size_t>(p) + 1)), 1},
-               .prediction = {},
-               .residual = {}};
+    OlsRun run{
+        .options = ReadOlsOptions(*InputInfo),
+        .data = {.n = n,
+                 .p = p,
+                 .columns = {*X, n, p},
+                 .response = Y,
+                 .fittedResponse = {},
+                 .caseWeights = Wc,
+                 .regressionWeights = Wr,
+                 .weights = {}},
+        .factors = {.nbFactors = NbFactors,
+                    .type = FactType,
+                    .active = FactActive,
+                    .nbVars = FactNbVars,
+                    .listVars = FactListVars,
+                    .nbSub = FactNbSub,
+                    .subParents = FactSubParents,
+                    .subDesign = FactSubDesign,
+                    .subRemoved = ioFactSubRemoved},
+        .out = {.pFinal = pFinal,
+                .models = oModels,
+                .bestId = oBestID,
+                .fit = oFitCoeffs,
+                .anova = oANOVATable,
+                .typeI = oTypeISSTable,
+                .typeII = oTypeIISSTable,
+                .typeIII = oTypeIIISSTable,
+                .rawCoefficients = oRCoeffs,
+                .coefficients = oCoeffs,
+                .parameters = oStdevCoeffs,
+                .standardised = oBetaCoeffs,
+                .covariance = oVarCovCoef,
+                .prediction = oYPred,
+                .predictionErrors = oStDevYPred,
+                .residuals = oResiduals,
+                .cooksD = oCooksD,
+                .leaveOneOut = oAdjPred,
+                .sweptMatrix = oRMat,
+                .mean = oMean,
+                .stDev = oStDev},
+        .correlation = {},
+        .packed = {static_cast<int>(korvenrg::linalg::PackedSize(static_cast<std::size_t>(p) + 1)), 1},
+        .unswept = {static_cast<int>(korvenrg::linalg::PackedSize(static_cast<std::size_t>(p) + 1)), 1},
+        .askedFor = matrix<int>(*FactActive),
+        .prediction = {},
+        .residual = {}};
 
     PrepareWeights(run);
     FormMoments(run);
     FlagConstantColumns(run);
     PackCorrelations(run);
+    std::copy_n(run.packed.data, run.packed.total, run.unswept.data);
     if (!SweepForcedModel(run)) return kNoModel;
+    SelectVariables(run);
     DropEmptyFactors(run);
     UnpackSweptMatrix(run);
     CountModel(run);

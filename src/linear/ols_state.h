@@ -29,7 +29,15 @@ struct OlsOptions
     double tolerance;
     double method;     ///< SelectionMethod
     double criterion;  ///< of best subsets
+    double pEnter;     ///< of stepwise and forward selection
+    double pRemove;    ///< of stepwise and backward selection
+    double minVars;    ///< smallest and largest number of factors of best subsets
+    double maxVars;
     double alpha;
+    bool withTypeI;
+    bool withTypeII;
+    bool withTypeIII;
+    bool withTypeIV;
     int constraint;    ///< Constraint
     bool keepsRawCov;  ///< the covariance stays on the fitted columns
 
@@ -59,8 +67,12 @@ struct OlsOutputs
 {
     int* pFinal;
     matrix<double>* models;
+    int* bestId;
     matrix<double>* fit;
     matrix<double>* anova;
+    matrix<double>* typeI;
+    matrix<double>* typeII;
+    matrix<double>* typeIII;
     matrix<double>* rawCoefficients;
     matrix<double>* coefficients;
     matrix<double>* parameters;
@@ -89,6 +101,8 @@ struct OlsRun
     double varY = 0.0;
     std::vector<double> correlation;  ///< (p+1) x (p+1), the response last
     matrix<double> packed;            ///< its lower triangle by rows; swept as the run goes on
+    matrix<double> unswept;           ///< the same before any sweep
+    matrix<int> askedFor;             ///< FactActive as the caller gave it
 
     // model
     double mseFull = kMissing;  ///< Mallows' reference, left by the forced pass
@@ -152,6 +166,7 @@ void PrepareWeights(OlsRun& run);
 void FormMoments(OlsRun& run);
 void FlagConstantColumns(OlsRun& run);
 void PackCorrelations(OlsRun& run);
+void SelectVariables(OlsRun& run);
 void ComputeRawCoefficients(OlsRun& run);
 void PredictRows(OlsRun& run);
 void WriteAnovaTable(OlsRun& run);
