@@ -7,6 +7,7 @@
 
 using korvenrg::linalg::PackedPosition;
 using korvenrg::linalg::PackedSize;
+using korvenrg::linalg::SweepPacked;
 
 namespace {
 
@@ -35,33 +36,39 @@ bool Holds(const matrix<double>* packed, int m)
 
 }  // namespace
 
-void M_Sweep(matrix<double>* packed, int m, int k)
+void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k)
 {
-    if (!Holds(packed, m) || k < 1 || k > m) return;
-    double* cells = packed->data;
-    const double pivot = CellOf(cells, k, k);
+    const double pivot = cells[PackedSize(k + 1) - 1];
     if (pivot == 0.0 || std::isnan(pivot)) return;
 
-    std::vector<double> column(static_cast<std::size_t>(m));
-    for (int j = 1; j <= m; ++j) {
-        column[static_cast<std::size_t>(j - 1)] = j == k ? 0.0 : CellOf(cells, k, j);
+    std::vector<double> column(m);
+    for (std::size_t j = 0; j < m; ++j) {
+        column[j] = j <= k ? cells[PackedSize(k) + j] : cells[PackedSize(j) + k];
     }
+    column[k] = 0.0;
     double* row = cells;
-    for (int i = 1; i <= m; ++i) {
-        const double multiplier = column[static_cast<std::size_t>(i - 1)] / pivot;
+    for (std::size_t i = 0; i < m; ++i) {
+        const double multiplier = column[i] / pivot;
         if (multiplier != 0.0) {
-            for (int j = 0; j < i; ++j) {
-                row[j] -= multiplier * column[static_cast<std::size_t>(j)];
+            for (std::size_t j = 0; j <= i; ++j) {
+                row[j] -= multiplier * column[j];
             }
         }
-        row += i;
+        row += i + 1;
     }
 
     const double scale = std::fabs(pivot);
-    for (int j = 1; j <= m; ++j) {
-        if (j != k) cells[PackedPosition(k, j) - 1] = column[static_cast<std::size_t>(j - 1)] / scale;
+    for (std::size_t j = 0; j < m; ++j) {
+        double& cell = j <= k ? cells[PackedSize(k) + j] : cells[PackedSize(j) + k];
+        cell = column[j] / scale;
     }
-    cells[PackedPosition(k, k) - 1] = -1.0 / pivot;
+    cells[PackedSize(k + 1) - 1] = -1.0 / pivot;
+}
+
+void M_Sweep(matrix<double>* packed, int m, int k)
+{
+    if (!Holds(packed, m) || k < 1 || k > m) return;
+    SweepPacked(packed->data, static_cast<std::size_t>(m), static_cast<std::size_t>(k - 1));
 }
 
 double OLSCheckIfIn(matrix<double>* packed, int p, int k, double tol)

@@ -21,6 +21,10 @@ constexpr std::size_t PackedPosition(int i, int j)
     return row * (row - 1) / 2 + col;
 }
 
+/** M_Sweep on bare cells: m x m, lower triangle by rows, pivot k from 0. A pivot of 0 or NaN changes nothing.
+ */
+void SweepPacked(double* cells, std::size_t m, std::size_t k);
+
 }  // namespace korvenrg::linalg
 
 /**
