@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/limits.h"
+#include "kernel/linalg/lanes.h"
 
 using korvenrg::linalg::PackedPosition;
 using korvenrg::linalg::PackedSize;
@@ -29,6 +30,51 @@ double PivotRounding(const double* packed, int p, int k)
     return kPivotRoundings * korvenrg::kEps * coefficients * coefficients;
 }
 
+// Takes column column' / pivot out of the packed triangle. Each cell has one product and one difference, so
+// that every instruction set gives the same bits.
+[[gnu::always_inline]] inline void TakeOutProductsBody(double* __restrict row,
+                                                       const double* __restrict column,
+                                                       std::size_t m,
+                                                       double pivot)
+{
+    for (std::size_t i = 0; i < m; ++i) {
+        const double multiplier = column[i] / pivot;
+        if (multiplier != 0.0) {
+            for (std::size_t j = 0; j <= i; ++j) {
+                row[j] -= multiplier * column[j];
+            }
+        }
+        row += i + 1;
+    }
+}
+
+KORVEN_FOR_AVX512 void TakeOutProductsAvx512(double* cells, const double* column, std::size_t m, double pivot)
+{
+    TakeOutProductsBody(cells, column, m, pivot);
+}
+
+KORVEN_FOR_AVX2 void TakeOutProductsAvx2(double* cells, const double* column, std::size_t m, double pivot)
+{
+    TakeOutProductsBody(cells, column, m, pivot);
+}
+
+void TakeOutProductsBaseline(double* cells, const double* column, std::size_t m, double pivot)
+{
+    TakeOutProductsBody(cells, column, m, pivot);
+}
+
+auto BestTakeOutProducts()
+{
+    switch (korvenrg::linalg::BestInstructionSet()) {
+        case korvenrg::linalg::InstructionSet::kAvx512:
+            return TakeOutProductsAvx512;
+        case korvenrg::linalg::InstructionSet::kAvx2:
+            return TakeOutProductsAvx2;
+        default:
+            return TakeOutProductsBaseline;
+    }
+}
+
 bool Holds(const matrix<double>* packed, int m)
 {
     return packed != nullptr && m > 0 && packed->total >= PackedSize(static_cast<std::size_t>(m));
@@ -46,16 +92,7 @@ void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k)
         column[j] = j <= k ? cells[PackedSize(k) + j] : cells[PackedSize(j) + k];
     }
     column[k] = 0.0;
-    double* row = cells;
-    for (std::size_t i = 0; i < m; ++i) {
-        const double multiplier = column[i] / pivot;
-        if (multiplier != 0.0) {
-            for (std::size_t j = 0; j <= i; ++j) {
-                row[j] -= multiplier * column[j];
-            }
-        }
-        row += i + 1;
-    }
+    BestTakeOutProducts()(cells, column.data(), m, pivot);
 
     const double scale = std::fabs(pivot);
     for (std::size_t j = 0; j < m; ++j) {
