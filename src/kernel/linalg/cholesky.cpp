@@ -21,14 +21,14 @@ double RoundingShare(std::size_t n)
     return static_cast<double>(n) * korvenrg::kEps;
 }
 
-void ClearAbove(Block& factor)
+void ClearAbove(DenseBlock& factor)
 {
     for (std::size_t j = 1; j < factor.cols; ++j) {
         std::fill_n(factor.Column(j), std::min(j, factor.rows), 0.0);
     }
 }
 
-void ClearColumnsFrom(Block& factor, std::size_t first)
+void ClearColumnsFrom(DenseBlock& factor, std::size_t first)
 {
     for (std::size_t j = first; j < factor.cols; ++j) {
         std::fill_n(factor.Column(j), factor.rows, 0.0);
@@ -36,7 +36,7 @@ void ClearColumnsFrom(Block& factor, std::size_t first)
 }
 
 // Divides column k by its root pivot and takes its products out of the lower triangle of the later columns.
-void EliminateColumn(Block& work, std::size_t k)
+void EliminateColumn(DenseBlock& work, std::size_t k)
 {
     double* column = work.Column(k);
     const double root = std::sqrt(column[k]);
@@ -61,7 +61,7 @@ enum class ZeroPivots
 };
 
 // Factors the lower triangle in place. Returns the position from 1 of the first bad pivot, or 0.
-std::size_t FactorInPlace(Block& work, ZeroPivots zeroPivots)
+std::size_t FactorInPlace(DenseBlock& work, ZeroPivots zeroPivots)
 {
     const std::size_t n = work.cols;
     std::size_t bad = 0;
@@ -85,7 +85,7 @@ std::size_t FactorInPlace(Block& work, ZeroPivots zeroPivots)
     return bad;
 }
 
-void ExchangeSymmetric(Block& work, std::size_t a, std::size_t b)
+void ExchangeSymmetric(DenseBlock& work, std::size_t a, std::size_t b)
 {
     if (a == b) return;
     std::swap_ranges(work.Column(a), work.Column(a) + work.rows, work.Column(b));
@@ -95,7 +95,7 @@ void ExchangeSymmetric(Block& work, std::size_t a, std::size_t b)
 }
 
 // Factors with diagonal pivoting; `order` receives the row at each place. False when not semidefinite.
-bool FactorPivoted(Block& work, std::vector<std::size_t>& order)
+bool FactorPivoted(DenseBlock& work, std::vector<std::size_t>& order)
 {
     const std::size_t n = work.cols;
     order.resize(n);
@@ -139,7 +139,7 @@ bool FactorPivoted(Block& work, std::vector<std::size_t>& order)
 
 int M_CholDecomp(matrix<double>* A, int n, matrix<double>*& L)
 {
-    Block work = LeadingBlock(*A, n, n);
+    DenseBlock work = LeadingBlock(*A, n, n);
     const std::size_t bad = FactorInPlace(work, ZeroPivots::kFail);
     ShapeOutput(L, n, n);
     StoreBlock(work, *L);
@@ -161,9 +161,9 @@ int M_CholDecomp(matrixSparse* A, int n, matrixSparse* L)
 
 int M_CholDecompCleaned(matrix<double>* A, int n, matrix<double>* keep, matrix<double>*& L)
 {
-    const Block full = LeadingBlock(*A, n, n);
+    const DenseBlock full = LeadingBlock(*A, n, n);
     const std::vector<std::size_t> free = UnmarkedPositions(keep, n);
-    Block work = PrincipalBlock(full, free);
+    DenseBlock work = PrincipalBlock(full, free);
     const std::size_t bad = FactorInPlace(work, ZeroPivots::kSkip);
 
     std::vector<double> packed(PackedSize(full.cols), 0.0);
@@ -182,7 +182,7 @@ int M_CholDecompCleaned(matrix<double>* A, int n, matrix<double>* keep, matrix<d
 int M_CholDecompPrinc(matrixSparse* A, int n, matrixSparse* L, matrix<double>* pivots, short restore)
 {
     const auto size = static_cast<std::size_t>(std::max(n, 0));
-    Block work(size, size);
+    DenseBlock work(size, size);
     for (std::size_t j = 0; j < size; ++j) {
         for (std::size_t i = j; i < size; ++i) {
             work(i, j) = A->getElement(static_cast<int>(i), static_cast<int>(j));

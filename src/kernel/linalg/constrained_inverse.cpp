@@ -27,9 +27,9 @@ Positions FreePositions(const matrix<T>* keep, int n)
 }
 
 // Writes the inverse of the free block into a full matrix of zeros.
-Block Expanded(const FreeInverse& result, const Positions& free, std::size_t n)
+DenseBlock Expanded(const FreeInverse& result, const Positions& free, std::size_t n)
 {
-    Block full(n, n);
+    DenseBlock full(n, n);
     for (std::size_t j = 0; j < result.used.size(); ++j) {
         for (std::size_t i = 0; i < result.used.size(); ++i) {
             full(free[result.used[i]], free[result.used[j]]) = result.inverse(i, j);
@@ -38,7 +38,7 @@ Block Expanded(const FreeInverse& result, const Positions& free, std::size_t n)
     return full;
 }
 
-int InvertSymmetric(Block full, const Positions& free, matrix<double>& inverse)
+int InvertSymmetric(DenseBlock full, const Positions& free, matrix<double>& inverse)
 {
     Symmetrize(full);
     const FreeInverse result = InvertFreeBlock(PrincipalBlock(full, free));
@@ -46,9 +46,9 @@ int InvertSymmetric(Block full, const Positions& free, matrix<double>& inverse)
     return result.finite && result.used.size() == free.size() ? 0 : -1;
 }
 
-Block Unpacked(const matrix<double>& packed, std::size_t n, bool mirrored)
+DenseBlock Unpacked(const matrix<double>& packed, std::size_t n, bool mirrored)
 {
-    Block full(n, n);
+    DenseBlock full(n, n);
     for (std::size_t i = 0; i < n; ++i) {
         for (std::size_t j = 0; j <= i; ++j) {
             full(i, j) = packed.data[PackedSize(i) + j];
@@ -59,10 +59,10 @@ Block Unpacked(const matrix<double>& packed, std::size_t n, bool mirrored)
 }
 
 // L = C^-T over the free parameters, column after column from the diagonal up.
-int InvertRoot(const Block& root, const Positions& free, matrix<double>& inverse)
+int InvertRoot(const DenseBlock& root, const Positions& free, matrix<double>& inverse)
 {
-    Block result(root.rows, root.cols);
-    const Block cleaned = PrincipalBlock(root, free);
+    DenseBlock result(root.rows, root.cols);
+    const DenseBlock cleaned = PrincipalBlock(root, free);
     Positions used;
     for (std::size_t k = 0; k < free.size(); ++k) {
         if (cleaned(k, k) > 0.0) used.push_back(k);
@@ -103,11 +103,11 @@ int cCleanConstraintsAndInvertTriang(int n,
 {
     const auto size = static_cast<std::size_t>(n > 0 ? n : 0);
     ShapeOutput(inverse, n, n);
-    StoreBlock(Block(size, size), *inverse);
+    StoreBlock(DenseBlock(size, size), *inverse);
     if (n < 1 || packed->total < PackedSize(size)) return -1;
 
     const Positions free = FreePositions(keep, n);
     const bool isRoot = root == korvenrg::kTrue;
-    const Block full = Unpacked(*packed, size, !isRoot);
+    const DenseBlock full = Unpacked(*packed, size, !isRoot);
     return isRoot ? InvertRoot(full, free, *inverse) : InvertSymmetric(full, free, *inverse);
 }

@@ -5,18 +5,19 @@
 
 namespace korvenrg::linalg {
 
-Block Identity(std::size_t n)
+DenseBlock Identity(std::size_t n)
 {
-    Block identity(n, n);
+    DenseBlock identity(n, n);
     for (std::size_t i = 0; i < n; ++i) {
         identity(i, i) = 1.0;
     }
     return identity;
 }
 
-Block LeadingBlock(const matrix<double>& source, int rows, int cols)
+DenseBlock LeadingBlock(const matrix<double>& source, int rows, int cols)
 {
-    Block block(static_cast<std::size_t>(std::max(rows, 0)), static_cast<std::size_t>(std::max(cols, 0)));
+    DenseBlock block(static_cast<std::size_t>(std::max(rows, 0)),
+                     static_cast<std::size_t>(std::max(cols, 0)));
     for (std::size_t j = 0; j < block.cols; ++j) {
         for (std::size_t i = 0; i < block.rows; ++i) {
             block(i, j) = source.getElement(static_cast<int>(i), static_cast<int>(j));
@@ -25,7 +26,7 @@ Block LeadingBlock(const matrix<double>& source, int rows, int cols)
     return block;
 }
 
-void StoreBlock(const Block& block, matrix<double>& target)
+void StoreBlock(const DenseBlock& block, matrix<double>& target)
 {
     for (std::size_t j = 0; j < block.cols; ++j) {
         for (std::size_t i = 0; i < block.rows; ++i) {
@@ -45,9 +46,9 @@ void ShapeOutput(matrix<double>*& output, int rows, int cols)
     }
 }
 
-Block PrincipalBlock(const Block& source, const std::vector<std::size_t>& positions)
+DenseBlock PrincipalBlock(const DenseBlock& source, const std::vector<std::size_t>& positions)
 {
-    Block block(positions.size(), positions.size());
+    DenseBlock block(positions.size(), positions.size());
     for (std::size_t j = 0; j < positions.size(); ++j) {
         for (std::size_t i = 0; i < positions.size(); ++i) {
             block(i, j) = source(positions[i], positions[j]);
@@ -56,12 +57,12 @@ Block PrincipalBlock(const Block& source, const std::vector<std::size_t>& positi
     return block;
 }
 
-bool AllFinite(const Block& block)
+bool AllFinite(const DenseBlock& block)
 {
     return std::ranges::all_of(block.cells, [](double cell) { return std::isfinite(cell); });
 }
 
-double LargestCell(const Block& block)
+double LargestCell(const DenseBlock& block)
 {
     double largest = 0.0;
     for (const double cell : block.cells) {
@@ -70,7 +71,7 @@ double LargestCell(const Block& block)
     return largest;
 }
 
-void Symmetrize(Block& block)
+void Symmetrize(DenseBlock& block)
 {
     for (std::size_t j = 0; j < block.cols; ++j) {
         for (std::size_t i = j + 1; i < block.rows; ++i) {

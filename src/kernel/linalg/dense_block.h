@@ -9,15 +9,15 @@
 namespace korvenrg::linalg {
 
 /** A dense rows x cols block by columns, counted from 0. */
-struct Block
+struct DenseBlock
 {
     std::size_t rows = 0;
     std::size_t cols = 0;
     std::vector<double> cells;
 
-    Block() = default;
+    DenseBlock() = default;
 
-    Block(std::size_t rowCount, std::size_t colCount)
+    DenseBlock(std::size_t rowCount, std::size_t colCount)
         : rows(rowCount), cols(colCount), cells(rowCount * colCount)
     {
     }
@@ -44,29 +44,29 @@ struct Block
 };
 
 /** The n x n identity. */
-Block Identity(std::size_t n);
+DenseBlock Identity(std::size_t n);
 
 /** The leading rows x cols block; cells outside the matrix read as its outOfRange value, negative sizes as 0.
  */
-Block LeadingBlock(const matrix<double>& source, int rows, int cols);
+DenseBlock LeadingBlock(const matrix<double>& source, int rows, int cols);
 
 /** Writes the block to the leading cells of a matrix; cells that the matrix does not have are dropped. */
-void StoreBlock(const Block& block, matrix<double>& target);
+void StoreBlock(const DenseBlock& block, matrix<double>& target);
 
 /** Makes `output` a rows x cols matrix: created when null, given a new shape when of another one. */
 void ShapeOutput(matrix<double>*& output, int rows, int cols);
 
 /** The rows and columns of `source` whose positions from 0 are given, in that order. */
-Block PrincipalBlock(const Block& source, const std::vector<std::size_t>& positions);
+DenseBlock PrincipalBlock(const DenseBlock& source, const std::vector<std::size_t>& positions);
 
 /** Whether every cell is finite. */
-bool AllFinite(const Block& block);
+bool AllFinite(const DenseBlock& block);
 
 /** Largest absolute cell; 0 for an empty block. */
-double LargestCell(const Block& block);
+double LargestCell(const DenseBlock& block);
 
 /** Replaces each pair of mirrored cells by their mean. */
-void Symmetrize(Block& block);
+void Symmetrize(DenseBlock& block);
 
 /** Positions from 0, among n, whose cell of `marks` is 0; all of them when `marks` is null. */
 template <typename T>

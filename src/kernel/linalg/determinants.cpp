@@ -39,7 +39,7 @@ struct Product
 Product PivotProduct(const matrix<double>& A, int n)
 {
     Product product;
-    Block block = LeadingBlock(A, n, n);
+    DenseBlock block = LeadingBlock(A, n, n);
     if (!AllFinite(block)) {
         product.mantissa = std::numeric_limits<double>::quiet_NaN();
         return product;
@@ -67,7 +67,7 @@ double LengthFrom(const double* column, std::size_t first, std::size_t rows)
 }
 
 // Scales each column to length 1, by way of its largest cell so that no square leaves the range.
-void ScaleColumns(Block& block)
+void ScaleColumns(DenseBlock& block)
 {
     for (std::size_t j = 0; j < block.cols; ++j) {
         double* column = block.Column(j);
@@ -87,7 +87,7 @@ void ScaleColumns(Block& block)
 }
 
 // Reflects column k onto its leading cell and the later columns with it.
-void Reflect(Block& block, std::size_t k, double length)
+void Reflect(DenseBlock& block, std::size_t k, double length)
 {
     double* mirror = block.Column(k);
     const double leading = mirror[k] > 0.0 ? -length : length;
@@ -147,7 +147,7 @@ double M_DeterminantCleaned(matrix<double>* A, int n, matrix<double>* keep, shor
 
 int M_Rank(matrix<double>* A, int rows, int cols, double tol)
 {
-    Block block = LeadingBlock(*A, rows, cols);
+    DenseBlock block = LeadingBlock(*A, rows, cols);
     if (!AllFinite(block)) return 0;
     ScaleColumns(block);
     const double limit = tol > 0.0 ? tol : static_cast<double>(std::max(rows, cols)) * korvenrg::kEps;

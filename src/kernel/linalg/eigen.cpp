@@ -56,10 +56,10 @@ double SignOf(const double* vector, std::size_t n)
     return 1.0;
 }
 
-Block OrderedVectors(const RowPanels& rotated, const std::vector<std::size_t>& order)
+DenseBlock OrderedVectors(const RowPanels& rotated, const std::vector<std::size_t>& order)
 {
     const std::size_t n = order.size();
-    Block vectors(n, n);
+    DenseBlock vectors(n, n);
     for (std::size_t j = 0; j < n; ++j) {
         double* vector = vectors.Column(j);
         for (std::size_t i = 0; i < n; ++i) {
@@ -73,37 +73,48 @@ Block OrderedVectors(const RowPanels& rotated, const std::vector<std::size_t>& o
     return vectors;
 }
 
-int Fail(int code, int n, matrix<double>& values, matrix<double>& vectors)
+}  // namespace
+
+namespace korvenrg::linalg {
+
+int DecomposeSymmetric(DenseBlock block, EigenOrder order, EigenPairs& pairs)
 {
-    const auto size = static_cast<std::size_t>(std::max(n, 0));
-    StoreBlock(Block(size, 1), values);
-    StoreBlock(Block(size, size), vectors);
-    return code;
+    pairs = {};
+    if (block.cols < 1 || !AllFinite(block)) return -1;
+    Symmetrize(block);
+    const int exponent = ScaleExponent(LargestCell(block));
+    Rescale(block.cells, exponent);
+    RowPanels rotated(block.rows, block.cols);
+    Tridiagonal tridiagonal = ReduceToTridiagonal(block, rotated);
+    if (!DiagonalizeTridiagonal(tridiagonal, rotated)) return -2;
+
+    Rescale(tridiagonal.diagonal, -exponent);
+    const std::vector<std::size_t> places = OrderOf(tridiagonal.diagonal, order == EigenOrder::kByValue);
+    for (const std::size_t place : places) {
+        pairs.values.push_back(tridiagonal.diagonal[place]);
+    }
+    pairs.vectors = OrderedVectors(rotated, places);
+    return 0;
 }
 
-}  // namespace
+}  // namespace korvenrg::linalg
 
 int M_Eigen(matrix<double>* A, matrix<double>*& values, matrix<double>*& vectors, int n, short sort)
 {
-    Block work = LeadingBlock(*A, n, n);
+    EigenPairs pairs;
+    const EigenOrder order = sort == korvenrg::kTrue ? EigenOrder::kByValue : EigenOrder::kBySize;
+    const int result = DecomposeSymmetric(LeadingBlock(*A, n, n), order, pairs);
     ShapeOutput(values, n, 1);
     ShapeOutput(vectors, n, n);
-    if (n < 1 || !AllFinite(work)) return Fail(-1, n, *values, *vectors);
-
-    Symmetrize(work);
-    const int exponent = ScaleExponent(LargestCell(work));
-    Rescale(work.cells, exponent);
-    RowPanels rotated(work.rows, work.cols);
-    Tridiagonal tridiagonal = ReduceToTridiagonal(work, rotated);
-    if (!DiagonalizeTridiagonal(tridiagonal, rotated)) return Fail(-2, n, *values, *vectors);
-
-    Rescale(tridiagonal.diagonal, -exponent);
-    const std::vector<std::size_t> order = OrderOf(tridiagonal.diagonal, sort == korvenrg::kTrue);
-    for (std::size_t j = 0; j < order.size(); ++j) {
-        values->vbset(static_cast<int>(j) + 1, tridiagonal.diagonal[order[j]]);
+    if (result != 0) {
+        const auto size = static_cast<std::size_t>(std::max(n, 0));
+        pairs = {std::vector<double>(size), DenseBlock(size, size)};
     }
-    StoreBlock(OrderedVectors(rotated, order), *vectors);
-    return 0;
+    for (std::size_t j = 0; j < pairs.values.size(); ++j) {
+        values->vbset(static_cast<int>(j) + 1, pairs.values[j]);
+    }
+    StoreBlock(pairs.vectors, *vectors);
+    return result;
 }
 
 int FilterEigen(matrix<double>* values, int n, double tol, double level)

@@ -1,7 +1,30 @@
 /** Eigenvalues and eigenvectors of symmetric matrices. */
 #pragma once
 
+#include <vector>
+
 #include "core/matrix.h"
+#include "kernel/linalg/dense_block.h"
+
+namespace korvenrg::linalg {
+
+/** Eigenvalues, and the unit vectors as columns in the same order. */
+struct EigenPairs
+{
+    std::vector<double> values;
+    DenseBlock vectors;
+};
+
+enum class EigenOrder
+{
+    kByValue,  ///< descending
+    kBySize    ///< descending absolute values
+};
+
+/** M_Eigen on a block; on failure `pairs` is empty. */
+int DecomposeSymmetric(DenseBlock block, EigenOrder order, EigenPairs& pairs);
+
+}  // namespace korvenrg::linalg
 
 /**
  * Eigen decomposition of a symmetric matrix, A = V diag(values) V'.

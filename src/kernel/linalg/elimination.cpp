@@ -30,7 +30,7 @@ void ExchangeRows(LuFactors& factors, std::size_t a, std::size_t b)
     factors.oddExchanges = !factors.oddExchanges;
 }
 
-void EliminateColumn(Block& cells, std::size_t k)
+void EliminateColumn(DenseBlock& cells, std::size_t k)
 {
     double* pivotColumn = cells.Column(k);
     const std::size_t n = cells.rows;
@@ -49,7 +49,7 @@ void EliminateColumn(Block& cells, std::size_t k)
 
 }  // namespace
 
-LuFactors FactorLu(Block block, Pivoting pivoting, const std::vector<double>& limits)
+LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const std::vector<double>& limits)
 {
     LuFactors factors;
     factors.cells = std::move(block);
@@ -67,7 +67,7 @@ LuFactors FactorLu(Block block, Pivoting pivoting, const std::vector<double>& li
     return factors;
 }
 
-std::vector<double> RoundingLimits(const Block& block)
+std::vector<double> RoundingLimits(const DenseBlock& block)
 {
     std::vector<double> limits(block.cols);
     for (std::size_t j = 0; j < block.cols; ++j) {
@@ -82,7 +82,7 @@ std::vector<double> RoundingLimits(const Block& block)
 
 void SolveLu(const LuFactors& factors, double* rightHandSide)
 {
-    const Block& cells = factors.cells;
+    const DenseBlock& cells = factors.cells;
     const std::size_t n = cells.rows;
     std::vector<double> x(n);
     for (std::size_t i = 0; i < n; ++i) {
@@ -103,9 +103,9 @@ void SolveLu(const LuFactors& factors, double* rightHandSide)
     std::copy(x.begin(), x.end(), rightHandSide);
 }
 
-Block InverseOf(const LuFactors& factors)
+DenseBlock InverseOf(const LuFactors& factors)
 {
-    Block inverse = Identity(factors.cells.rows);
+    DenseBlock inverse = Identity(factors.cells.rows);
     for (std::size_t j = 0; j < inverse.cols; ++j) {
         SolveLu(factors, inverse.Column(j));
     }
@@ -118,8 +118,8 @@ using namespace korvenrg::linalg;
 
 int M_Gauss(matrix<double>* A, int n, int m, matrix<double>* B, short pivot, short keepA)
 {
-    const Block block = LeadingBlock(*A, n, n);
-    Block solution = LeadingBlock(*B, n, m);
+    const DenseBlock block = LeadingBlock(*A, n, n);
+    DenseBlock solution = LeadingBlock(*B, n, m);
     if (!AllFinite(block) || !AllFinite(solution)) return -1;
 
     const Pivoting pivoting = pivot == korvenrg::kTrue ? Pivoting::kRows : Pivoting::kNone;
@@ -138,7 +138,7 @@ int InverseWithTolerance(matrix<double>* A, matrix<double>*& inverse, short& fai
     constexpr double kLimitWhenAsked = 1E-8;
     failed = korvenrg::kTrue;
     if (A == nullptr || A->rows != A->cols) return -1;
-    Block block = LeadingBlock(*A, A->rows, A->cols);
+    DenseBlock block = LeadingBlock(*A, A->rows, A->cols);
     if (!AllFinite(block)) return -1;
 
     const std::vector<double> limits(block.cols, limit > 0.0 ? kLimitWhenAsked : korvenrg::kEps);
@@ -152,9 +152,9 @@ int InverseWithTolerance(matrix<double>* A, matrix<double>*& inverse, short& fai
 
 int M_ForwardDoolittle(matrix<double>* A, int n, double tol, matrix<double>*& U)
 {
-    Block work = LeadingBlock(*A, n, n);
+    DenseBlock work = LeadingBlock(*A, n, n);
     ShapeOutput(U, n, n);
-    Block rows(work.rows, work.cols);
+    DenseBlock rows(work.rows, work.cols);
     int accepted = 0;
     const bool finite = AllFinite(work);
     for (std::size_t k = 0; finite && k < work.cols; ++k) {

@@ -11,7 +11,7 @@ namespace korvenrg::linalg {
 /** P A = L U: L is unit lower, both stand in one block; row i of P A is row rows[i] of A. */
 struct LuFactors
 {
-    Block cells;
+    DenseBlock cells;
     std::vector<std::size_t> rows;
     bool oddExchanges = false;
     bool regular = false;  ///< every pivot was above its limit; otherwise the factors stop at the first
@@ -30,16 +30,16 @@ enum class Pivoting
  *
  * @param limits  per column, the size up to which a pivot counts as 0
  */
-LuFactors FactorLu(Block block, Pivoting pivoting, const std::vector<double>& limits);
+LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const std::vector<double>& limits);
 
 /** Limits at rounding level: n eps times the largest absolute cell of each column. */
-std::vector<double> RoundingLimits(const Block& block);
+std::vector<double> RoundingLimits(const DenseBlock& block);
 
 /** Solves A x = b for one right-hand side of n cells, in place. */
 void SolveLu(const LuFactors& factors, double* rightHandSide);
 
 /** The inverse from regular factors. */
-Block InverseOf(const LuFactors& factors);
+DenseBlock InverseOf(const LuFactors& factors);
 
 }  // namespace korvenrg::linalg
 

@@ -20,7 +20,7 @@ double RefusalLimit(std::size_t n)
 }
 
 // Square roots of the absolute diagonal; of the largest cell of the row where the diagonal is 0.
-std::vector<double> Scales(const Block& block)
+std::vector<double> Scales(const DenseBlock& block)
 {
     std::vector<double> scales(block.cols, 1.0);
     for (std::size_t i = 0; i < block.cols; ++i) {
@@ -35,9 +35,9 @@ std::vector<double> Scales(const Block& block)
     return scales;
 }
 
-Block Scaled(const Block& block, const std::vector<double>& scales)
+DenseBlock Scaled(const DenseBlock& block, const std::vector<double>& scales)
 {
-    Block scaled(block.rows, block.cols);
+    DenseBlock scaled(block.rows, block.cols);
     for (std::size_t j = 0; j < block.cols; ++j) {
         for (std::size_t i = 0; i < block.rows; ++i) {
             scaled(i, j) = block(i, j) / scales[i] / scales[j];
@@ -46,7 +46,7 @@ Block Scaled(const Block& block, const std::vector<double>& scales)
     return scaled;
 }
 
-std::vector<double> PackedTimes(const Block& block, double sign)
+std::vector<double> PackedTimes(const DenseBlock& block, double sign)
 {
     std::vector<double> packed;
     packed.reserve(PackedSize(block.rows));
@@ -73,7 +73,7 @@ bool RefusedCellsAreRounding(const std::vector<double>& packed,
 }
 
 // The sign of the first diagonal cell that has one.
-bool LooksNegative(const Block& scaled)
+bool LooksNegative(const DenseBlock& scaled)
 {
     for (std::size_t i = 0; i < scaled.rows; ++i) {
         if (scaled(i, i) != 0.0) return scaled(i, i) < 0.0;
@@ -82,7 +82,7 @@ bool LooksNegative(const Block& scaled)
 }
 
 // Sweeps a definite or semidefinite block; nothing when it turns out to be neither.
-std::optional<FreeInverse> SweepDefinite(const Block& scaled)
+std::optional<FreeInverse> SweepDefinite(const DenseBlock& scaled)
 {
     const std::size_t n = scaled.rows;
     const double limit = RefusalLimit(n);
@@ -103,7 +103,7 @@ std::optional<FreeInverse> SweepDefinite(const Block& scaled)
     }
     if (!RefusedCellsAreRounding(packed, refused, limit)) return std::nullopt;
 
-    result.inverse = Block(result.used.size(), result.used.size());
+    result.inverse = DenseBlock(result.used.size(), result.used.size());
     for (std::size_t i = 0; i < result.used.size(); ++i) {
         for (std::size_t j = 0; j <= i; ++j) {
             const std::size_t row = result.used[i];
@@ -142,7 +142,7 @@ double LengthOf(const std::vector<double>& column)
 }
 
 // Positions of the columns that do not depend on the ones before them.
-std::vector<std::size_t> IndependentColumns(const Block& scaled)
+std::vector<std::size_t> IndependentColumns(const DenseBlock& scaled)
 {
     std::vector<std::size_t> independent;
     std::vector<std::vector<double>> directions;
@@ -161,7 +161,7 @@ std::vector<std::size_t> IndependentColumns(const Block& scaled)
     return independent;
 }
 
-FreeInverse EliminateIndefinite(const Block& scaled)
+FreeInverse EliminateIndefinite(const DenseBlock& scaled)
 {
     FreeInverse result;
     result.used = IndependentColumns(scaled);
@@ -176,11 +176,11 @@ FreeInverse EliminateIndefinite(const Block& scaled)
 
 }  // namespace
 
-FreeInverse InvertFreeBlock(const Block& block)
+FreeInverse InvertFreeBlock(const DenseBlock& block)
 {
     if (!AllFinite(block)) return {.finite = false, .used = {}, .inverse = {}};
     const std::vector<double> scales = Scales(block);
-    const Block scaled = Scaled(block, scales);
+    const DenseBlock scaled = Scaled(block, scales);
     std::optional<FreeInverse> swept = SweepDefinite(scaled);
     FreeInverse result = swept ? std::move(*swept) : EliminateIndefinite(scaled);
     for (std::size_t j = 0; j < result.used.size(); ++j) {

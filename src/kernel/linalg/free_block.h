@@ -13,7 +13,7 @@ struct FreeInverse
 {
     bool finite = true;             ///< false: a cell was not finite, and nothing else is set
     std::vector<std::size_t> used;  ///< positions in the block whose pivot was accepted, ascending
-    Block inverse;                  ///< of the rows and columns `used`
+    DenseBlock inverse;             ///< of the rows and columns `used`
 };
 
 /**
@@ -29,6 +29,6 @@ struct FreeInverse
  *    orthogonalisation in natural order (a symmetric matrix is regular on such a set, since the rows that
  *    depend on the others are the same ones), and their block is inverted by elimination with row pivoting.
  */
-FreeInverse InvertFreeBlock(const Block& block);
+FreeInverse InvertFreeBlock(const DenseBlock& block);
 
 }  // namespace korvenrg::linalg

@@ -69,7 +69,7 @@ void M_InverseG2Selective(matrix<double>* A,
                           short flag)
 {
     if (n < 1) return;
-    korvenrg::linalg::Block work = korvenrg::linalg::LeadingBlock(*A, n, n);
+    korvenrg::linalg::DenseBlock work = korvenrg::linalg::LeadingBlock(*A, n, n);
     for (int k = 1; k <= n; ++k) {
         if (sel->vbget(k) != 1) continue;
         const double limit = flag == korvenrg::kTrue ? tol * A->vbget(k, k) : tol;

@@ -11,7 +11,7 @@ namespace {
 // The working matrix, its columns padded with rows of 0 to whole lanes.
 struct PaddedSquare
 {
-    explicit PaddedSquare(const Block& source)
+    explicit PaddedSquare(const DenseBlock& source)
         : n(source.rows), stride(RoundUp(source.rows, kLanes)), cells(stride * source.cols)
     {
         for (std::size_t j = 0; j < source.cols; ++j) {
@@ -243,7 +243,7 @@ void FinishChange(Reflection& reflection,
 
 }  // namespace
 
-Tridiagonal ReduceToTridiagonal(const Block& A, RowPanels& rotated)
+Tridiagonal ReduceToTridiagonal(const DenseBlock& A, RowPanels& rotated)
 {
     const Kernels kernels = BestKernels();
     PaddedSquare work(A);

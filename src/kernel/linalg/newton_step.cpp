@@ -23,9 +23,9 @@ enum StepResult
 using Positions = std::vector<std::size_t>;
 using Cells = std::vector<double>;
 
-Block FreeHessian(const matrix<double>& hessian, const Positions& free)
+DenseBlock FreeHessian(const matrix<double>& hessian, const Positions& free)
 {
-    Block block(free.size(), free.size());
+    DenseBlock block(free.size(), free.size());
     for (std::size_t j = 0; j < free.size(); ++j) {
         for (std::size_t i = 0; i < free.size(); ++i) {
             block(i, j) = hessian.getElement(static_cast<int>(free[i]), static_cast<int>(free[j]));
@@ -44,7 +44,7 @@ Cells CellsAt(const matrix<double>& vector, const Positions& positions)
     return cells;
 }
 
-Cells Times(const Block& block, const Cells& v)
+Cells Times(const DenseBlock& block, const Cells& v)
 {
     Cells product(block.rows, 0.0);
     for (std::size_t j = 0; j < block.cols; ++j) {
@@ -56,7 +56,7 @@ Cells Times(const Block& block, const Cells& v)
 }
 
 // H^-1 g, refined once by the inverse of the residual.
-Cells SolveRefined(const Block& hessian, const Block& inverse, const Cells& gradient)
+Cells SolveRefined(const DenseBlock& hessian, const DenseBlock& inverse, const Cells& gradient)
 {
     Cells solution = Times(inverse, gradient);
     Cells residual = Times(hessian, solution);
@@ -70,7 +70,7 @@ Cells SolveRefined(const Block& hessian, const Block& inverse, const Cells& grad
     return solution;
 }
 
-Block Damped(Block hessian, double ridge)
+DenseBlock Damped(DenseBlock hessian, double ridge)
 {
     const double factor = ridge > 0.0 && std::isfinite(ridge) ? 1.0 + ridge : 1.0;
     for (std::size_t i = 0; i < hessian.rows; ++i) {
@@ -80,9 +80,9 @@ Block Damped(Block hessian, double ridge)
 }
 
 // The damped step; parameters that the damped block refuses stay put.
-Cells DampedSolution(const Block& hessian, double ridge, const Cells& gradient)
+Cells DampedSolution(const DenseBlock& hessian, double ridge, const Cells& gradient)
 {
-    const Block damped = Damped(hessian, ridge);
+    const DenseBlock damped = Damped(hessian, ridge);
     const FreeInverse result = InvertFreeBlock(damped);
     Cells usedGradient;
     for (const std::size_t i : result.used) {
@@ -96,7 +96,7 @@ Cells DampedSolution(const Block& hessian, double ridge, const Cells& gradient)
     return solution;
 }
 
-double Decrement(const Block& inverse, const Cells& gradient)
+double Decrement(const DenseBlock& inverse, const Cells& gradient)
 {
     const Cells product = Times(inverse, gradient);
     double sum = 0.0;
@@ -121,7 +121,10 @@ void ClearOutputs(int n, matrix<double>& work, matrix<double>& inverse)
     }
 }
 
-void StoreInverse(const Block& block, const Positions& used, matrix<double>& work, matrix<double>& inverse)
+void StoreInverse(const DenseBlock& block,
+                  const Positions& used,
+                  matrix<double>& work,
+                  matrix<double>& inverse)
 {
     for (std::size_t j = 0; j < used.size(); ++j) {
         const int col = static_cast<int>(used[j]) + 1;
@@ -147,7 +150,7 @@ int cNewtonRaphson(matrix<double>* beta,
                    double ridge)
 {
     const Positions free = UnmarkedPositions(fixed, n);
-    const Block freeHessian = FreeHessian(*hessian, free);
+    const DenseBlock freeHessian = FreeHessian(*hessian, free);
     const Cells freeGradient = CellsAt(*gradient, free);
     ClearOutputs(n, *work, *inverse);
     if (free.empty()) return kStop;
@@ -161,7 +164,7 @@ int cNewtonRaphson(matrix<double>* beta,
         usedGradient.push_back(freeGradient[i]);
     }
 
-    const Block usedHessian = PrincipalBlock(freeHessian, result.used);
+    const DenseBlock usedHessian = PrincipalBlock(freeHessian, result.used);
     const Cells step = flag == korvenrg::kTrue ? DampedSolution(usedHessian, ridge, usedGradient)
                                                : SolveRefined(usedHessian, result.inverse, usedGradient);
     Cells updated = CellsAt(*beta, used);

@@ -27,7 +27,7 @@ std::vector<LinkedBlock> LinkedBlocksOf(const matrixSparse& source, int n)
     const matrixSparse& cells = whole ? source : part;
     std::vector<LinkedBlock> blocks;
     for (const std::vector<int>& indices : cells.LinkedBlocks()) {
-        LinkedBlock block{indices, Block(indices.size(), indices.size())};
+        LinkedBlock block{indices, DenseBlock(indices.size(), indices.size())};
         for (std::size_t j = 0; j < indices.size(); ++j) {
             for (std::size_t i = 0; i < indices.size(); ++i) {
                 block.cells(i, j) = cells.getElement(indices[i], indices[j]);

@@ -12,7 +12,7 @@ namespace korvenrg::linalg {
 struct LinkedBlock
 {
     std::vector<int> indices;
-    Block cells;
+    DenseBlock cells;
 };
 
 /** The leading n x n cells as blocks that no non-zero cell links. Cells outside the matrix count as 0. */

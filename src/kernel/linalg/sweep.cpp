@@ -3,8 +3,8 @@
 #include <cmath>
 #include <vector>
 
-#include "core/limits.h"
 #include "kernel/linalg/lanes.h"
+#include "kernel/linalg/pivot_rounding.h"
 
 using korvenrg::linalg::PackedPosition;
 using korvenrg::linalg::PackedSize;
@@ -12,22 +12,9 @@ using korvenrg::linalg::SweepPacked;
 
 namespace {
 
-// Rounding units that a pivot may have gathered over the sweeps before it.
-constexpr double kPivotRoundings = 8.0;
-
 double CellOf(const double* packed, int i, int j)
 {
     return packed[PackedPosition(i, j) - 1];
-}
-
-// Size up to which a pivot may be nothing but rounding.
-double PivotRounding(const double* packed, int p, int k)
-{
-    double coefficients = 1.0;
-    for (int j = 1; j <= p; ++j) {
-        if (CellOf(packed, j, j) < 0.0) coefficients += std::fabs(CellOf(packed, k, j));
-    }
-    return kPivotRoundings * korvenrg::kEps * coefficients * coefficients;
 }
 
 // Takes column column' / pivot out of the packed triangle. Each cell has one product and one difference, so
@@ -114,7 +101,8 @@ double OLSCheckIfIn(matrix<double>* packed, int p, int k, double tol)
     const double* cells = packed->data;
     const double pivot = CellOf(cells, k, k);
     if (!(pivot > 0.0)) return pivot;
-    if (pivot <= PivotRounding(cells, p, k)) return 0.0;
+    const auto columns = static_cast<std::size_t>(p);
+    if (pivot <= korvenrg::linalg::PivotRounding(cells, columns, static_cast<std::size_t>(k - 1))) return 0.0;
 
     double lowest = pivot;
     for (int j = 1; j <= p; ++j) {

@@ -23,7 +23,7 @@ struct Tridiagonal
  * @param A        n x n, symmetric, no larger than about 1 in its cells
  * @param rotated  n columns of n or more rows, out: the matrix Q
  */
-Tridiagonal ReduceToTridiagonal(const Block& A, RowPanels& rotated);
+Tridiagonal ReduceToTridiagonal(const DenseBlock& A, RowPanels& rotated);
 
 /**
  * Diagonalises T by the implicit QR method with Wilkinson's shift (Wilkinson 1968, "Global convergence of
