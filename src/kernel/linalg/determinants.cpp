@@ -44,8 +44,7 @@ Product PivotProduct(const matrix<double>& A, int n)
         product.mantissa = std::numeric_limits<double>::quiet_NaN();
         return product;
     }
-    const std::vector<double> limits(block.cols, 0.0);
-    const LuFactors factors = FactorLu(std::move(block), Pivoting::kRows, limits);
+    const LuFactors factors = FactorLu(std::move(block), Pivoting::kRows, {});
     if (!factors.regular) {
         product.mantissa = 0.0;
         return product;

@@ -47,9 +47,19 @@ void EliminateColumn(DenseBlock& cells, std::size_t k)
     }
 }
 
+// n eps times the sum of |l u| that was taken out of pivot k.
+double RoundingOfPivot(const DenseBlock& cells, std::size_t k)
+{
+    double sum = 0.0;
+    for (std::size_t i = 0; i < k; ++i) {
+        sum += std::fabs(cells(k, i)) * std::fabs(cells(i, k));
+    }
+    return static_cast<double>(cells.rows) * kEps * sum;
+}
+
 }  // namespace
 
-LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const std::vector<double>& limits)
+LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const PivotLimit& limit)
 {
     LuFactors factors;
     factors.cells = std::move(block);
@@ -60,24 +70,12 @@ LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const std::vector<double
         if (pivoting == Pivoting::kRows) {
             ExchangeRows(factors, k, LargestRow(factors.cells.Column(k), k, n));
         }
-        if (!(std::fabs(factors.cells(k, k)) > limits[k])) return factors;
+        const double least = limit.rounding ? RoundingOfPivot(factors.cells, k) : 0.0;
+        if (!(std::fabs(factors.cells(k, k)) > std::max(limit.absolute, least))) return factors;
         EliminateColumn(factors.cells, k);
     }
     factors.regular = true;
     return factors;
-}
-
-std::vector<double> RoundingLimits(const DenseBlock& block)
-{
-    std::vector<double> limits(block.cols);
-    for (std::size_t j = 0; j < block.cols; ++j) {
-        double largest = 0.0;
-        for (std::size_t i = 0; i < block.rows; ++i) {
-            largest = std::max(largest, std::fabs(block(i, j)));
-        }
-        limits[j] = static_cast<double>(block.rows) * kEps * largest;
-    }
-    return limits;
 }
 
 void SolveLu(const LuFactors& factors, double* rightHandSide)
@@ -123,7 +121,7 @@ int M_Gauss(matrix<double>* A, int n, int m, matrix<double>* B, short pivot, sho
     if (!AllFinite(block) || !AllFinite(solution)) return -1;
 
     const Pivoting pivoting = pivot == korvenrg::kTrue ? Pivoting::kRows : Pivoting::kNone;
-    const LuFactors factors = FactorLu(block, pivoting, RoundingLimits(block));
+    const LuFactors factors = FactorLu(block, pivoting, {.absolute = 0.0, .rounding = true});
     if (keepA != korvenrg::kTrue) StoreBlock(factors.cells, *A);
     if (!factors.regular) return -1;
     for (std::size_t j = 0; j < solution.cols; ++j) {
@@ -141,8 +139,8 @@ int InverseWithTolerance(matrix<double>* A, matrix<double>*& inverse, short& fai
     DenseBlock block = LeadingBlock(*A, A->rows, A->cols);
     if (!AllFinite(block)) return -1;
 
-    const std::vector<double> limits(block.cols, limit > 0.0 ? kLimitWhenAsked : korvenrg::kEps);
-    const LuFactors factors = FactorLu(std::move(block), Pivoting::kRows, limits);
+    const PivotLimit pivotLimit{limit > 0.0 ? kLimitWhenAsked : korvenrg::kEps, false};
+    const LuFactors factors = FactorLu(std::move(block), Pivoting::kRows, pivotLimit);
     if (!factors.regular) return -1;
     ShapeOutput(inverse, A->rows, A->cols);
     StoreBlock(InverseOf(factors), *inverse);

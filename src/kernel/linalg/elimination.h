@@ -24,16 +24,19 @@ enum class Pivoting
     kRows
 };
 
+/** What counts as a pivot of 0. */
+struct PivotLimit
+{
+    double absolute = 0.0;  ///< this size or less
+    bool rounding =
+        false;  ///< n eps or less of what the elimination took out of the cell, in absolute values
+};
+
 /**
  * Triangular factors of a square block, column after column (Golub and Van Loan 2013, "Matrix Computations",
  * 3.4).
- *
- * @param limits  per column, the size up to which a pivot counts as 0
  */
-LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const std::vector<double>& limits);
-
-/** Limits at rounding level: n eps times the largest absolute cell of each column. */
-std::vector<double> RoundingLimits(const DenseBlock& block);
+LuFactors FactorLu(DenseBlock block, Pivoting pivoting, const PivotLimit& limit);
 
 /** Solves A x = b for one right-hand side of n cells, in place. */
 void SolveLu(const LuFactors& factors, double* rightHandSide);
@@ -46,7 +49,8 @@ DenseBlock InverseOf(const LuFactors& factors);
 /**
  * Solves A X = B by Gauss elimination, the solution in place of B.
  *
- * A pivot at or below n eps times the largest absolute cell of its column of A counts as 0.
+ * A pivot counts as 0 when it is n eps or less of the sum of |l u| that the elimination took out of its cell:
+ * nothing but rounding is left, whatever the scales of rows and columns.
  *
  * @param A       n x n
  * @param n       unknowns

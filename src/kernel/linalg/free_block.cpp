@@ -165,9 +165,7 @@ FreeInverse EliminateIndefinite(const DenseBlock& scaled)
 {
     FreeInverse result;
     result.used = IndependentColumns(scaled);
-    const LuFactors factors = FactorLu(PrincipalBlock(scaled, result.used),
-                                       Pivoting::kRows,
-                                       std::vector<double>(result.used.size(), 0.0));
+    const LuFactors factors = FactorLu(PrincipalBlock(scaled, result.used), Pivoting::kRows, {});
     if (!factors.regular) return {};
     result.inverse = InverseOf(factors);
     Symmetrize(result.inverse);

@@ -154,8 +154,7 @@ Generalized EliminateCompletely(const DenseBlock& block, double limit)
             chosen(i, j) = block(rows[i], cols[j]);
         }
     }
-    const std::vector<double> limits(cols.size(), 0.0);
-    const LuFactors factors = FactorLu(std::move(chosen), Pivoting::kRows, limits);
+    const LuFactors factors = FactorLu(std::move(chosen), Pivoting::kRows, {});
     Generalized result{DenseBlock(block.rows, block.cols), 0};
     if (!factors.regular) return result;
 

@@ -11,7 +11,7 @@ namespace korvenrg::linalg {
 
 namespace {
 
-constexpr int kMostChases = 60;  // of one eigenvalue; two are usual
+constexpr std::size_t kMostChases = 60;  // per eigenvalue, all in all; two are usual
 
 struct Rotation
 {
@@ -170,7 +170,10 @@ bool DiagonalizeTridiagonal(Tridiagonal& t, RowPanels& rotated)
     const auto rotate = BestRotate();
     Chase chase{};
     std::size_t last = t.diagonal.size();  // the cells from here on are eigenvalues
-    int chases = 0;
+    std::size_t blockFirst = last;  // of the block that `down` was chosen for
+    std::size_t blockLast = last;
+    bool down = true;
+    std::size_t chasesLeft = kMostChases * last;
     while (last > 1) {
         std::size_t first = last - 1;
         while (first > 0 && !Negligible(t, first - 1)) {
@@ -180,11 +183,15 @@ bool DiagonalizeTridiagonal(Tridiagonal& t, RowPanels& rotated)
         const std::size_t length = last - first;
         if (length == 1) {
             last -= 1;
-            chases = 0;
             continue;
         }
-        if (++chases > kMostChases * static_cast<int>(length)) return false;
-        const bool down = std::fabs(t.diagonal[first]) >= std::fabs(t.diagonal[last - 1]);
+        if (chasesLeft == 0) return false;
+        chasesLeft -= 1;
+        if (first != blockFirst || last != blockLast) {
+            blockFirst = first;
+            blockLast = last;
+            down = std::fabs(t.diagonal[first]) >= std::fabs(t.diagonal[last - 1]);
+        }
         chase.start = static_cast<std::ptrdiff_t>(down ? first : last - 1);
         chase.step = down ? 1 : -1;
         ChaseBulge(t, length, chase);
