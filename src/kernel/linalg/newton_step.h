@@ -24,7 +24,9 @@
  *    iteration with the iterate that stands.
  *  - 1: degenerate. Some free pivots were refused. The step is sound, but the refused parameters stay where
  *    they are for good, and the likelihood has a ridge along them; callers allow ten iterations. Those that
- *    fix one more parameter take the last free one, in line with the order of refusal.
+ *    fix one more parameter take the last free one, in line with the order of refusal. This result comes
+ *    before the next: no caller has a use for hearing the other first, since each of them watches its
+ *    likelihood too.
  *  - 2: stop at once. There is no free parameter, or the Newton decrement |g' H^-1 g| is at most eps times
  *    `tol`. The decrement is twice the gain that the quadratic model promises, so what can still be gained is
  *    below the rounding of the caller's convergence limit. The step is made all the same. Values of `tol`

@@ -1,6 +1,7 @@
 #include "kernel/linalg/pivot_rounding.h"
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "core/limits.h"
@@ -77,20 +78,22 @@ double ScaleOf(double diagonal)
 
 double PivotRounding(const double* packed, std::size_t p, std::size_t k)
 {
-    const std::vector<std::size_t> swept = SweptColumns(packed, p);
-    std::vector<double> coefficients;
     double unscaled = 1.0;
-    for (const std::size_t j : swept) {
-        coefficients.push_back(CellOf(packed, k, j));
-        unscaled += std::fabs(coefficients.back());
+    for (std::size_t j = 0; j < p; ++j) {
+        if (CellOf(packed, j, j) < 0.0) unscaled += std::fabs(CellOf(packed, k, j));
     }
     const double unit = kPivotRoundings * kEps;
-    const double pivot = CellOf(packed, k, k);
     const double unscaledLimit = unit * unscaled * unscaled;
+    const double pivot = CellOf(packed, k, k);
     if (pivot > kLargestDiagonal * unscaledLimit) return unscaledLimit;
 
+    const std::vector<std::size_t> swept = SweptColumns(packed, p);
     const std::vector<double> root = RootOfSweptBlock(packed, swept);
     if (root.size() < PackedSize(swept.size())) return unscaledLimit;
+    std::vector<double> coefficients;
+    for (const std::size_t j : swept) {
+        coefficients.push_back(CellOf(packed, k, j));
+    }
     double scaled = ScaleOf(pivot + SolvedSquare(root, coefficients, 0));
     for (std::size_t j = 0; j < swept.size(); ++j) {
         std::vector<double> direction(swept.size());
