@@ -81,6 +81,20 @@ void BM_EigenDsyev(benchmark::State& state)
     }
 }
 
+// Divide and conquer.
+void BM_EigenDsyevd(benchmark::State& state)
+{
+    openblas_set_num_threads(1);
+    const int n = static_cast<int>(state.range(0));
+    const std::vector<double> cells = CrossProductsOf(n);
+    std::vector<double> values(static_cast<std::size_t>(n));
+    for (auto _ : state) {
+        std::vector<double> work = cells;
+        LAPACKE_dsyevd(LAPACK_COL_MAJOR, 'V', 'L', n, work.data(), n, values.data());
+        benchmark::DoNotOptimize(work.data());
+    }
+}
+
 void BM_SweepAll(benchmark::State& state)
 {
     const int n = static_cast<int>(state.range(0));
@@ -127,6 +141,7 @@ void BM_SweepAllDsptri(benchmark::State& state)
 
 BENCHMARK(BM_Eigen)->Arg(50)->Arg(200)->Arg(500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_EigenDsyev)->Arg(50)->Arg(200)->Arg(500)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_EigenDsyevd)->Arg(50)->Arg(200)->Arg(500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_SweepAll)->Arg(50)->Arg(200)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_SweepAllDsytri)->Arg(50)->Arg(200)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_SweepAllDsptri)->Arg(50)->Arg(200)->Unit(benchmark::kMicrosecond);

@@ -28,8 +28,8 @@ Tridiagonal ReduceToTridiagonal(const DenseBlock& A, RowPanels& rotated);
 /**
  * Diagonalises T by the implicit QR method with Wilkinson's shift (Wilkinson 1968, "Global convergence of
  * tridiagonal QR algorithm with origin shifts"; Golub and Van Loan 2013, 8.3). Each block is chased from its
- * larger to its smaller end, so that graded matrices keep their small values. The rotations of one chase are
- * collected and applied to the columns of `rotated` together.
+ * larger to its smaller end, so that graded matrices keep their small values. Rotations are collected
+ * over several chases and applied to the columns of `rotated` together.
  *
  * @param tridiagonal  in: T; out: its diagonal holds the eigenvalues, in no order
  * @param rotated      in: any matrix Q of n columns; out: Q times the eigenvectors of T

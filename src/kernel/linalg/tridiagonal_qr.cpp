@@ -11,7 +11,8 @@ namespace korvenrg::linalg {
 
 namespace {
 
-constexpr std::size_t kMostChases = 60;  // per eigenvalue, all in all; two are usual
+constexpr std::size_t kMostChases = 60;     // per eigenvalue, all in all; two are usual
+constexpr std::size_t kMostPending = 4096;  // rotations, which fill an eighth of a usual second-level cache
 
 struct Rotation
 {
@@ -65,7 +66,7 @@ void ChaseBulge(Tridiagonal& t, std::size_t length, Chase& chase)
     const auto at = [step](double* cells, std::size_t k) -> double& {
         return cells[step * static_cast<std::ptrdiff_t>(k)];
     };
-    chase.rotations.clear();
+    chase.rotations.reserve(length - 1);
     const double shift = WilkinsonShift(at(d, length - 2), at(e, length - 2), at(d, length - 1));
     double x = at(d, 0) - shift;
     double z = at(e, 0);
@@ -112,7 +113,7 @@ template <std::size_t kPanels>
     }
 }
 
-[[gnu::always_inline]] inline void RotateBody(RowPanels& rotated, const Chase& chase)
+[[gnu::always_inline]] inline void RotateBody(RowPanels& rotated, const std::vector<Chase>& chases)
 {
     std::size_t p = 0;
     for (; p + 4 <= rotated.Panels(); p += 4) {
@@ -120,27 +121,31 @@ template <std::size_t kPanels>
                             rotated.Panel(p + 1),
                             rotated.Panel(p + 2),
                             rotated.Panel(p + 3)};
-        RotatePanels<4>(panels, chase);
+        for (const Chase& chase : chases) {
+            RotatePanels<4>(panels, chase);
+        }
     }
     for (; p < rotated.Panels(); ++p) {
         double* panels[] = {rotated.Panel(p)};
-        RotatePanels<1>(panels, chase);
+        for (const Chase& chase : chases) {
+            RotatePanels<1>(panels, chase);
+        }
     }
 }
 
-KORVEN_FOR_AVX512 void RotateAvx512(RowPanels& rotated, const Chase& chase)
+KORVEN_FOR_AVX512 void RotateAvx512(RowPanels& rotated, const std::vector<Chase>& chases)
 {
-    RotateBody(rotated, chase);
+    RotateBody(rotated, chases);
 }
 
-KORVEN_FOR_AVX2 void RotateAvx2(RowPanels& rotated, const Chase& chase)
+KORVEN_FOR_AVX2 void RotateAvx2(RowPanels& rotated, const std::vector<Chase>& chases)
 {
-    RotateBody(rotated, chase);
+    RotateBody(rotated, chases);
 }
 
-void RotateBaseline(RowPanels& rotated, const Chase& chase)
+void RotateBaseline(RowPanels& rotated, const std::vector<Chase>& chases)
 {
-    RotateBody(rotated, chase);
+    RotateBody(rotated, chases);
 }
 
 auto BestRotate()
@@ -155,7 +160,34 @@ auto BestRotate()
     }
 }
 
-// Sets cells off the diagonal to 0 that are nothing beside their neighbours.
+// Chases that wait for their rotations to be applied: each panel is then fetched once for all of them.
+class PendingChases
+{
+  public:
+    explicit PendingChases(RowPanels& rotated) : rotated_(rotated), rotate_(BestRotate()) {}
+
+    void Add(Chase chase)
+    {
+        rotations_ += chase.rotations.size();
+        chases_.push_back(std::move(chase));
+        if (rotations_ >= kMostPending) Apply();
+    }
+
+    void Apply()
+    {
+        rotate_(rotated_, chases_);
+        chases_.clear();
+        rotations_ = 0;
+    }
+
+  private:
+    RowPanels& rotated_;
+    decltype(BestRotate()) rotate_;
+    std::vector<Chase> chases_;
+    std::size_t rotations_ = 0;
+};
+
+// Whether a cell off the diagonal is nothing beside its neighbours.
 bool Negligible(const Tridiagonal& t, std::size_t k)
 {
     const double neighbours = std::fabs(t.diagonal[k]) + std::fabs(t.diagonal[k + 1]);
@@ -167,10 +199,9 @@ bool Negligible(const Tridiagonal& t, std::size_t k)
 
 bool DiagonalizeTridiagonal(Tridiagonal& t, RowPanels& rotated)
 {
-    const auto rotate = BestRotate();
-    Chase chase{};
+    PendingChases pending(rotated);
     std::size_t last = t.diagonal.size();  // the cells from here on are eigenvalues
-    std::size_t blockFirst = last;  // of the block that `down` was chosen for
+    std::size_t blockFirst = last;         // of the block that `down` was chosen for
     std::size_t blockLast = last;
     bool down = true;
     std::size_t chasesLeft = kMostChases * last;
@@ -192,11 +223,11 @@ bool DiagonalizeTridiagonal(Tridiagonal& t, RowPanels& rotated)
             blockLast = last;
             down = std::fabs(t.diagonal[first]) >= std::fabs(t.diagonal[last - 1]);
         }
-        chase.start = static_cast<std::ptrdiff_t>(down ? first : last - 1);
-        chase.step = down ? 1 : -1;
+        Chase chase{static_cast<std::ptrdiff_t>(down ? first : last - 1), down ? 1 : -1, {}};
         ChaseBulge(t, length, chase);
-        rotate(rotated, chase);
+        pending.Add(std::move(chase));
     }
+    pending.Apply();
     return true;
 }
 
