@@ -104,6 +104,21 @@ double Norm(const DenseBlock& a)
     return norm;
 }
 
+// (I - 2 v v' / square) A
+void Mirror(DenseBlock& a, const std::vector<double>& v, double square)
+{
+    for (std::size_t j = 0; j < a.cols; ++j) {
+        double* column = a.Column(j);
+        double along = 0.0;
+        for (std::size_t i = 0; i < a.rows; ++i) {
+            along += v[i] * column[i];
+        }
+        for (std::size_t i = 0; i < a.rows; ++i) {
+            column[i] -= 2.0 * along / square * v[i];
+        }
+    }
+}
+
 // Q diag(values) Q' with Q a product of n reflections in random directions.
 DenseBlock WithEigenvalues(Draws& draws, const std::vector<double>& values)
 {
@@ -119,14 +134,9 @@ DenseBlock WithEigenvalues(Draws& draws, const std::vector<double>& values)
             cell = draws.Uniform();
             square += cell * cell;
         }
-        DenseBlock mirror = Identity(n);
-        for (std::size_t j = 0; j < n; ++j) {
-            for (std::size_t i = 0; i < n; ++i) {
-                mirror(i, j) -= 2.0 * v[i] * v[j] / square;
-            }
-        }
-        if (n > 60 && k > 2) break;  // a few reflections fill a large matrix too
-        a = Product(Product(mirror, a), mirror);
+        Mirror(a, v, square);
+        a = Transposed(a);
+        Mirror(a, v, square);
     }
     Symmetrize(a);
     return a;
