@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "core/limits.h"
+#include "kernel/linalg/column_updates.h"
 #include "kernel/linalg/dense_block.h"
 #include "kernel/linalg/sparse_blocks.h"
 #include "kernel/linalg/sweep.h"
@@ -44,13 +45,12 @@ void EliminateColumn(DenseBlock& work, std::size_t k)
     for (std::size_t i = k + 1; i < work.rows; ++i) {
         column[i] /= root;
     }
+    const auto subtract = BestSubtractMultiple();
     for (std::size_t j = k + 1; j < work.cols; ++j) {
         double* later = work.Column(j);
         const double multiplier = column[j];
         if (multiplier == 0.0) continue;
-        for (std::size_t i = j; i < work.rows; ++i) {
-            later[i] -= multiplier * column[i];
-        }
+        subtract(later + j, column + j, multiplier, work.rows - j);
     }
 }
 

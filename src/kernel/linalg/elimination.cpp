@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/limits.h"
+#include "kernel/linalg/column_updates.h"
 
 namespace korvenrg::linalg {
 
@@ -37,13 +38,12 @@ void EliminateColumn(DenseBlock& cells, std::size_t k)
     for (std::size_t i = k + 1; i < n; ++i) {
         pivotColumn[i] /= pivotColumn[k];
     }
+    const auto subtract = BestSubtractMultiple();
     for (std::size_t j = k + 1; j < n; ++j) {
         double* column = cells.Column(j);
         const double multiplier = column[k];
         if (multiplier == 0.0) continue;
-        for (std::size_t i = k + 1; i < n; ++i) {
-            column[i] -= multiplier * pivotColumn[i];
-        }
+        subtract(column + k + 1, pivotColumn + k + 1, multiplier, n - k - 1);
     }
 }
 
@@ -82,21 +82,17 @@ void SolveLu(const LuFactors& factors, double* rightHandSide)
 {
     const DenseBlock& cells = factors.cells;
     const std::size_t n = cells.rows;
+    const auto subtract = BestSubtractMultiple();
     std::vector<double> x(n);
     for (std::size_t i = 0; i < n; ++i) {
         x[i] = rightHandSide[factors.rows[i]];
     }
     for (std::size_t k = 0; k < n; ++k) {
-        if (x[k] == 0.0) continue;
-        for (std::size_t i = k + 1; i < n; ++i) {
-            x[i] -= x[k] * cells(i, k);
-        }
+        if (x[k] != 0.0) subtract(x.data() + k + 1, cells.Column(k) + k + 1, x[k], n - k - 1);
     }
     for (std::size_t k = n; k-- > 0;) {
         x[k] /= cells(k, k);
-        for (std::size_t i = 0; i < k; ++i) {
-            x[i] -= x[k] * cells(i, k);
-        }
+        subtract(x.data(), cells.Column(k), x[k], k);
     }
     std::copy(x.begin(), x.end(), rightHandSide);
 }

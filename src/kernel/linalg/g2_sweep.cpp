@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/limits.h"
+#include "kernel/linalg/column_updates.h"
 #include "kernel/linalg/dense_block.h"
 
 namespace {
@@ -25,15 +26,12 @@ void SweepLeadingCells(double* m, std::size_t stride, std::size_t size, std::siz
         ClearRowAndColumn(m, stride, size, pivotIndex);
         return;
     }
+    const auto subtract = korvenrg::linalg::BestSubtractMultiple();
     for (std::size_t j = 0; j < size; ++j) {
         if (j == pivotIndex) continue;
         double* column = m + j * stride;
         const double multiplier = column[pivotIndex] / pivot;
-        if (multiplier != 0.0) {
-            for (std::size_t i = 0; i < size; ++i) {
-                column[i] -= multiplier * pivotColumn[i];
-            }
-        }
+        if (multiplier != 0.0) subtract(column, pivotColumn, multiplier, size);
         column[pivotIndex] = multiplier;
     }
     for (std::size_t i = 0; i < size; ++i) {
