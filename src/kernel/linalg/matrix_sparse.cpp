@@ -132,7 +132,6 @@ void matrixSparse::ReInit()
     }
 }
 
-// Indices in groups: two are in one group when a chain of non-zero cells links them.
 std::vector<std::vector<int>> matrixSparse::LinkedBlocks() const
 {
     std::vector<int> parent(columns_.size());

@@ -95,6 +95,10 @@ class KORVENRG_API matrixSparse final
      */
     int inverse1(matrixSparse* result, short& ok, double tolerance) const;
 
+    /** The indices from 0 of a square matrix in groups, each ascending: two are in one group when a chain of
+     * non-zero cells links them. */
+    std::vector<std::vector<int>> LinkedBlocks() const;
+
     /** Writes all cells into a dense matrix; cells that it does not have are dropped. */
     void outputSparse(matrix<double>* dense) const;
 
@@ -103,8 +107,6 @@ class KORVENRG_API matrixSparse final
     {
         return i >= 0 && i < rows_ && j >= 0 && j < Cols();
     }
-
-    std::vector<std::vector<int>> LinkedBlocks() const;
 
     int rows_ = 0;
     std::vector<Column> columns_;

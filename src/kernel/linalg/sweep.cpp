@@ -3,29 +3,63 @@
 #include <cmath>
 #include <vector>
 
-#include "core/limits.h"
+#include "kernel/linalg/lanes.h"
+#include "kernel/linalg/pivot_rounding.h"
 
 using korvenrg::linalg::PackedPosition;
 using korvenrg::linalg::PackedSize;
+using korvenrg::linalg::SweepPacked;
 
 namespace {
-
-// Rounding units that a pivot may have gathered over the sweeps before it.
-constexpr double kPivotRoundings = 8.0;
 
 double CellOf(const double* packed, int i, int j)
 {
     return packed[PackedPosition(i, j) - 1];
 }
 
-// Size up to which a pivot may be nothing but rounding.
-double PivotRounding(const double* packed, int p, int k)
+// Takes column column' / pivot out of the packed triangle. Each cell has one product and one difference, so
+// that every instruction set gives the same bits.
+[[gnu::always_inline]] inline void TakeOutProductsBody(double* __restrict row,
+                                                       const double* __restrict column,
+                                                       std::size_t m,
+                                                       double pivot)
 {
-    double coefficients = 1.0;
-    for (int j = 1; j <= p; ++j) {
-        if (CellOf(packed, j, j) < 0.0) coefficients += std::fabs(CellOf(packed, k, j));
+    for (std::size_t i = 0; i < m; ++i) {
+        const double multiplier = column[i] / pivot;
+        if (multiplier != 0.0) {
+            for (std::size_t j = 0; j <= i; ++j) {
+                row[j] -= multiplier * column[j];
+            }
+        }
+        row += i + 1;
     }
-    return kPivotRoundings * korvenrg::kEps * coefficients * coefficients;
+}
+
+KORVEN_FOR_AVX512 void TakeOutProductsAvx512(double* cells, const double* column, std::size_t m, double pivot)
+{
+    TakeOutProductsBody(cells, column, m, pivot);
+}
+
+KORVEN_FOR_AVX2 void TakeOutProductsAvx2(double* cells, const double* column, std::size_t m, double pivot)
+{
+    TakeOutProductsBody(cells, column, m, pivot);
+}
+
+void TakeOutProductsBaseline(double* cells, const double* column, std::size_t m, double pivot)
+{
+    TakeOutProductsBody(cells, column, m, pivot);
+}
+
+auto BestTakeOutProducts()
+{
+    switch (korvenrg::linalg::BestInstructionSet()) {
+        case korvenrg::linalg::InstructionSet::kAvx512:
+            return TakeOutProductsAvx512;
+        case korvenrg::linalg::InstructionSet::kAvx2:
+            return TakeOutProductsAvx2;
+        default:
+            return TakeOutProductsBaseline;
+    }
 }
 
 bool Holds(const matrix<double>* packed, int m)
@@ -35,33 +69,30 @@ bool Holds(const matrix<double>* packed, int m)
 
 }  // namespace
 
+void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k)
+{
+    const double pivot = cells[PackedSize(k + 1) - 1];
+    if (pivot == 0.0 || std::isnan(pivot)) return;
+
+    std::vector<double> column(m);
+    for (std::size_t j = 0; j < m; ++j) {
+        column[j] = j <= k ? cells[PackedSize(k) + j] : cells[PackedSize(j) + k];
+    }
+    column[k] = 0.0;
+    BestTakeOutProducts()(cells, column.data(), m, pivot);
+
+    const double scale = std::fabs(pivot);
+    for (std::size_t j = 0; j < m; ++j) {
+        double& cell = j <= k ? cells[PackedSize(k) + j] : cells[PackedSize(j) + k];
+        cell = column[j] / scale;
+    }
+    cells[PackedSize(k + 1) - 1] = -1.0 / pivot;
+}
+
 void M_Sweep(matrix<double>* packed, int m, int k)
 {
     if (!Holds(packed, m) || k < 1 || k > m) return;
-    double* cells = packed->data;
-    const double pivot = CellOf(cells, k, k);
-    if (pivot == 0.0 || std::isnan(pivot)) return;
-
-    std::vector<double> column(static_cast<std::size_t>(m));
-    for (int j = 1; j <= m; ++j) {
-        column[static_cast<std::size_t>(j - 1)] = j == k ? 0.0 : CellOf(cells, k, j);
-    }
-    double* row = cells;
-    for (int i = 1; i <= m; ++i) {
-        const double multiplier = column[static_cast<std::size_t>(i - 1)] / pivot;
-        if (multiplier != 0.0) {
-            for (int j = 0; j < i; ++j) {
-                row[j] -= multiplier * column[static_cast<std::size_t>(j)];
-            }
-        }
-        row += i;
-    }
-
-    const double scale = std::fabs(pivot);
-    for (int j = 1; j <= m; ++j) {
-        if (j != k) cells[PackedPosition(k, j) - 1] = column[static_cast<std::size_t>(j - 1)] / scale;
-    }
-    cells[PackedPosition(k, k) - 1] = -1.0 / pivot;
+    SweepPacked(packed->data, static_cast<std::size_t>(m), static_cast<std::size_t>(k - 1));
 }
 
 double OLSCheckIfIn(matrix<double>* packed, int p, int k, double tol)
@@ -70,7 +101,8 @@ double OLSCheckIfIn(matrix<double>* packed, int p, int k, double tol)
     const double* cells = packed->data;
     const double pivot = CellOf(cells, k, k);
     if (!(pivot > 0.0)) return pivot;
-    if (pivot <= PivotRounding(cells, p, k)) return 0.0;
+    const auto columns = static_cast<std::size_t>(p);
+    if (pivot <= korvenrg::linalg::PivotRounding(cells, columns, static_cast<std::size_t>(k - 1))) return 0.0;
 
     double lowest = pivot;
     for (int j = 1; j <= p; ++j) {

@@ -21,6 +21,10 @@ constexpr std::size_t PackedPosition(int i, int j)
     return row * (row - 1) / 2 + col;
 }
 
+/** M_Sweep on bare cells: m x m, lower triangle by rows, pivot k from 0. A pivot of 0 or NaN changes nothing.
+ */
+void SweepPacked(double* cells, std::size_t m, std::size_t k);
+
 }  // namespace korvenrg::linalg
 
 /**
@@ -41,9 +45,9 @@ void M_Sweep(matrix<double>* packed, int m, int k);
  * the column on those in the model.
  *
  * Two guards turn the answer down:
- *  - a pivot that is nothing but rounding counts as 0. With b the coefficients of k on the swept columns, the
- *    pivot is (b, -1) A (b, -1)', so rounding of the size eps in the unit-scaled cells of A moves it by up to
- *    eps (1 + sum of |b|)^2;
+ *  - a pivot that is nothing but rounding counts as 0: 8 eps (1 + sum of |b|)^2 or less for correlations, b
+ *    being the coefficients of k on the swept columns; for cells of other scales see
+ *    korvenrg::linalg::PivotRounding;
  *  - when adding k would push a column j that is in the model to a tolerance below `tol`, that tolerance is
  *    given instead: 1 / (-packed(j, j) + packed(j, k)^2 / packed(k, k)).
  *

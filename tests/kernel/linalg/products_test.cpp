@@ -6,6 +6,7 @@
 
 #include "core/limits.h"
 #include "kernel/linalg/fit_quality.h"
+#include "kernel/linalg/inverse_products.h"
 #include "support/tolerances.h"
 
 namespace {
@@ -33,6 +34,27 @@ TEST(Products, ComputeNewVarIsAVATransposed)
     M_ProductBV(&A, 3, 2, &z, &product);
     EXPECT_EQ(product.vbget(1), 9.0);
     EXPECT_EQ(product.vbget(3), -3.0);
+}
+
+// B = [2 1; 1 5] has the inverse [5 -1; -1 2] / 9; a singular one counts by its first row.
+TEST(Products, FormsWithAnInverseInTheMiddle)
+{
+    double b[] = {2, 1, 1, 5};
+    double a[] = {1, 2, 0, 3};
+    matrix<double> B(2, 2, b, true);
+    matrix<double> A(2, 2, a, true);
+    matrix<double> C(2, 2);
+    EXPECT_EQ(M_ProductTrAinvBA(&A, 2, 2, &B, korvenrg::kTrue, &C), 0);
+    const double expected[] = {1.0, 1.0, 1.0, 2.0};
+    for (int k = 1; k <= 4; ++k) {
+        ExpectClose(C.vbget(k), expected[k - 1], kRoundoff);
+    }
+    ExpectClose(M_ProductTrVinvBV(&A, 2, &B), 1.0, kRoundoff);
+    double singular[] = {4, 2, 2, 1};
+    matrix<double> S(2, 2, singular, true);
+    ExpectClose(M_ProductTrVinvBV(&A, 2, &S), 0.25, kRoundoff);
+    b[3] = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(M_ProductTrAinvBA(&A, 2, 2, &B, korvenrg::kTrue, &C), -1);
 }
 
 TEST(Products, DesignProductOrdersColumnsAndMergesStates)

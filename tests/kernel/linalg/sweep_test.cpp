@@ -170,4 +170,45 @@ TEST(CheckIfIn, AliasedColumnNeverComesBackOnNoise)
     EXPECT_LE(OLSCheckIfIn(&packed, p, p, 0.0), 0.0);
 }
 
+// Cells of moments about zero, unit spreads: two columns of the given mean, and their sum plus noise.
+matrix<double> MomentsAboutZero(double mean, double noise)
+{
+    constexpr int rows = 50;
+    std::mt19937 generator(3);
+    std::uniform_real_distribution<double> uniform(-1.7, 1.7);
+    std::vector<std::vector<double>> x(3, std::vector<double>(rows));
+    for (std::size_t r = 0; r < rows; ++r) {
+        x[0][r] = mean + uniform(generator);
+        x[1][r] = mean + uniform(generator);
+        x[2][r] = (x[0][r] + x[1][r]) / 1.4 + noise * uniform(generator);
+    }
+    matrix<double> packed(static_cast<int>(PackedSize(4)), 1);
+    packed.vbset(static_cast<int>(PackedPosition(4, 4)), 1.0);
+    for (int i = 1; i <= 3; ++i) {
+        for (int j = 1; j <= i; ++j) {
+            double sum = 0.0;
+            for (std::size_t r = 0; r < rows; ++r) {
+                sum += x[static_cast<std::size_t>(i - 1)][r] * x[static_cast<std::size_t>(j - 1)][r] / rows;
+            }
+            packed.vbset(static_cast<int>(PackedPosition(i, j)), sum);
+        }
+    }
+    return packed;
+}
+
+TEST(CheckIfIn, RoundingIsJudgedOnTheScaleOfTheCells)
+{
+    const struct
+    {
+        double mean, noise;
+        bool enters;
+    } cases[] = {{0, 0, false}, {30, 0, false}, {1e4, 0, false}, {5e4, 0, false}, {1e4, 0.1, true}};
+    for (const auto& c : cases) {
+        matrix<double> packed = MomentsAboutZero(c.mean, c.noise);
+        M_Sweep(&packed, 4, 1);
+        M_Sweep(&packed, 4, 2);
+        EXPECT_EQ(OLSCheckIfIn(&packed, 3, 3, 0.0) > 0.0, c.enters) << c.mean;
+    }
+}
+
 }  // namespace
