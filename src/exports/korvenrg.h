@@ -68,7 +68,8 @@ KORVENRG_API int Cpp_CheckBoolean(
  *                                    for any method
  *    7 probability to enter        8 to be removed, of methods 1 to 3
  *    9 smallest number of factors 10 largest, of best subsets
- *   11 alpha of the intervals     12, 13, 14, 16 type tables (reserved: this version leaves the tables as they are)
+ *   11 alpha of the intervals     12, 13, 14 fill the Type I, II, III table (flags)
+ *   16 copies the Type II table into the Type III table (flag)
  *   15 constraint code of the design table; 2 or more: dropped levels get derived coefficients
  *   17 exactly 0.0: oVarCovCoef stays on the fitted columns; otherwise it is mapped through FactSubDesign
  *
@@ -110,9 +111,11 @@ KORVENRG_API int RunOLS1(
                                     column 2 stays */
     double* oANOVATable,       /**< [out; 3 x 5] rows model, error, corrected total; columns DF, sum of squares, mean
                                     square, F, Pr > F */
-    double* oTypeISSTable,     /**< [out; NbFactors x 5] reserved, stays as it is */
-    double* oTypeIISSTable,    /**< [out; NbFactors x 5] reserved, stays as it is */
-    double* oTypeIIISSTable,   /**< [out; NbFactors x 5] reserved, stays as it is */
+    double* oTypeISSTable,     /**< [out; NbFactors x 5] sequential tests: DF, sum of squares, mean square, F, Pr > F; a row
+                                    for each factor active or asked for, from the top; other rows stay */
+    double* oTypeIISSTable,    /**< [out; NbFactors x 5] the same given all but containing factors; written for 13 or 14 */
+    double* oTypeIIISSTable,   /**< [out; NbFactors x 5] the same by estimable functions, or by sweeping under constraint
+                                    2 and 3; written for 14 or 16 */
     double* oTypeIVSSTable,    /**< [out; unused, may be NbFactors x 5] ignored */
     double* oRCoeffs,          /**< [out; p+1] coefficients of the fitted columns, the intercept last */
     double* oCoeffs,           /**< [out; p+1] reported parameters, the intercept last */

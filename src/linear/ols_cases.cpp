@@ -126,6 +126,7 @@ void WriteCaseStatistics(OlsRun& run)
         const double h = w / run.data.sumW + g;
         press += WriteLeaveOneOut(run, r, w, {g, h});
         WritePredictionErrors(run, r, mse, run.options.fixedIntercept ? g : h);
+        run.lastLeverageTerm = g;
     }
     WritePress(run, press);
 }

@@ -61,6 +61,15 @@ OlsOptions ReadOlsOptions(const matrix<double>& info)
             .keepsRawCov = info.vbget(kOptKeepRawCov) == 0.0};
 }
 
+matrix<double> AsDoubles(const matrix<int>& integers, int n)
+{
+    matrix<double> doubles(n, 1);
+    for (int i = 1; i <= n; ++i) {
+        doubles.vbset(i, integers.vbget(i));
+    }
+    return doubles;
+}
+
 // Stepwise and forward selection start from what any column with a pivot above 0 explains.
 double ForcedTolerance(const OlsOptions& options)
 {
@@ -227,7 +236,7 @@ int cRunOLS1(int n,
         .correlation = {},
         .packed = {static_cast<int>(korvenrg::linalg::PackedSize(static_cast<std::size_t>(p) + 1)), 1},
         .unswept = {static_cast<int>(korvenrg::linalg::PackedSize(static_cast<std::size_t>(p) + 1)), 1},
-        .askedFor = matrix<int>(*FactActive),
+        .askedFor = AsDoubles(*FactActive, NbFactors),
         .prediction = {},
         .residual = {}};
 
@@ -248,5 +257,6 @@ int cRunOLS1(int n,
     FillCpOfModels(run);
     WriteParameterTables(run);
     WriteCaseStatistics(run);
+    WriteTypeTables(run);
     return kDone;
 }

@@ -102,7 +102,7 @@ struct OlsRun
     std::vector<double> correlation;  ///< (p+1) x (p+1), the response last
     matrix<double> packed;            ///< its lower triangle by rows; swept as the run goes on
     matrix<double> unswept;           ///< the same before any sweep
-    matrix<int> askedFor;             ///< FactActive as the caller gave it
+    matrix<double> askedFor;          ///< FactActive as the caller gave it
 
     // model
     double mseFull = kMissing;  ///< Mallows' reference, left by the forced pass
@@ -115,6 +115,7 @@ struct OlsRun
     double tq = 0.0;  ///< quantile of the intervals
     std::vector<double> prediction;
     std::vector<double> residual;
+    double lastLeverageTerm = 0.0;  ///< the last row's leverage from its columns
 
     double StDevOf(int column) const
     {
@@ -174,5 +175,6 @@ void WriteFitStatistics(OlsRun& run);
 void FillCpOfModels(OlsRun& run);
 void WriteParameterTables(OlsRun& run);
 void WriteCaseStatistics(OlsRun& run);
+void WriteTypeTables(OlsRun& run);
 
 }  // namespace korvenrg::linear

@@ -78,6 +78,17 @@ enum ResidualCol
     kResStudentised
 };
 
+/** Type tables, NbFactors x 5. */
+enum TypeTableCol
+{
+    kTypeDf = 1,
+    kTypeSumOfSquares,
+    kTypeMeanSquare,
+    kTypeF,
+    kTypeP,
+    kTypeCols = kTypeP
+};
+
 /** oModels, 2p x (NbFactors + 12): four cells, one indicator per factor, then the statistics. */
 enum ModelsCol
 {
