@@ -69,8 +69,8 @@ KORVENRG_API int Cpp_CheckBoolean(
  *    7 probability to enter        8 to be removed, of methods 1 to 3
  *    9 smallest number of factors 10 largest, of best subsets
  *   11 alpha of the intervals     12, 13, 14 fill the Type I, II, III table (flags)
- *   16 copies the Type II table into the Type III table (flag)
  *   15 constraint code of the design table; 2 or more: dropped levels get derived coefficients
+ *   16 copies the Type II table into the Type III table (flag)
  *   17 exactly 0.0: oVarCovCoef stays on the fitted columns; otherwise it is mapped through FactSubDesign
  *
  * Column states (ioFactSubRemoved): 0 in the model, -1 candidate, 40000 dropped by a constraint, 50000 constant,
