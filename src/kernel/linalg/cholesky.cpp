@@ -95,45 +95,58 @@ void ExchangeSymmetric(DenseBlock& work, std::size_t a, std::size_t b)
     }
 }
 
+// Copies the lower triangle from column `first` on to the upper one, which exchanges of rows and columns need.
+void MirrorFrom(DenseBlock& work, std::size_t first)
+{
+    for (std::size_t j = first; j < work.cols; ++j) {
+        for (std::size_t i = j + 1; i < work.rows; ++i) {
+            work(j, i) = work(i, j);
+        }
+    }
+}
+
+std::size_t LargestDiagonal(const DenseBlock& work, std::size_t first)
+{
+    std::size_t largest = first;
+    for (std::size_t i = first + 1; i < work.cols; ++i) {
+        if (work(i, i) > work(largest, largest)) largest = i;
+    }
+    return largest;
+}
+
+// Whether all cells from row and column `first` on are rounding.
+bool IsRounding(const DenseBlock& work, std::size_t first, double limit)
+{
+    for (std::size_t j = first; j < work.cols; ++j) {
+        for (std::size_t i = j; i < work.rows; ++i) {
+            if (!(std::fabs(work(i, j)) <= limit)) return false;
+        }
+    }
+    return true;
+}
+
 // Factors with diagonal pivoting; `order` receives the row at each place. False when not semidefinite.
 bool FactorPivoted(DenseBlock& work, std::vector<std::size_t>& order)
 {
     const std::size_t n = work.cols;
     order.resize(n);
     std::iota(order.begin(), order.end(), std::size_t{0});
-    for (std::size_t j = 0; j < n; ++j) {
-        for (std::size_t i = j + 1; i < n; ++i) {
-            work(j, i) = work(i, j);
-        }
-    }
+    MirrorFrom(work, 0);
     double limit = 0.0;
-    for (std::size_t k = 0; k < n; ++k) {
-        std::size_t largest = k;
-        for (std::size_t i = k + 1; i < n; ++i) {
-            if (work(i, i) > work(largest, largest)) largest = i;
-        }
+    std::size_t k = 0;
+    for (; k < n; ++k) {
+        const std::size_t largest = LargestDiagonal(work, k);
         ExchangeSymmetric(work, k, largest);
         std::swap(order[k], order[largest]);
-        const double pivot = work(k, k);
-        if (k == 0) limit = RoundingShare(n) * pivot;
-        if (!(pivot > limit) || !std::isfinite(pivot)) {
-            bool rounding = true;
-            for (std::size_t i = k; i < n; ++i) {
-                rounding = rounding && std::fabs(work(i, i)) <= std::max(limit, 0.0);
-            }
-            ClearColumnsFrom(work, k);
-            ClearAbove(work);
-            return rounding;
-        }
+        if (k == 0) limit = std::max(RoundingShare(n) * work(0, 0), 0.0);
+        if (!(work(k, k) > limit) || !std::isfinite(work(k, k))) break;
         EliminateColumn(work, k);
-        for (std::size_t j = k + 1; j < n; ++j) {
-            for (std::size_t i = j + 1; i < n; ++i) {
-                work(j, i) = work(i, j);
-            }
-        }
+        MirrorFrom(work, k + 1);
     }
+    const bool semidefinite = IsRounding(work, k, limit);
+    ClearColumnsFrom(work, k);
     ClearAbove(work);
-    return true;
+    return semidefinite;
 }
 
 }  // namespace

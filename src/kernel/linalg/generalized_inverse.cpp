@@ -25,16 +25,23 @@ struct Generalized
 
 using Positions = std::vector<std::size_t>;
 
+// Rounding units that a cell may have gathered.
+constexpr double kRoundings = 8.0;
+
 double LimitOf(double tol, std::size_t n)
 {
     return tol > 0.0 ? tol : static_cast<double>(n) * korvenrg::kEps;
 }
 
+// Whether mirrored cells differ by no more than the rounding of the product that made them.
 bool IsSymmetric(const DenseBlock& block)
 {
+    const double rounding = kRoundings * static_cast<double>(block.rows) * korvenrg::kEps;
     for (std::size_t j = 0; j < block.cols; ++j) {
         for (std::size_t i = 0; i < j; ++i) {
-            if (block(i, j) != block(j, i)) return false;
+            const double pivots = std::sqrt(std::fabs(block(i, i))) * std::sqrt(std::fabs(block(j, j)));
+            const double size = std::max(pivots, std::fabs(block(i, j)));
+            if (!(std::fabs(block(i, j) - block(j, i)) <= rounding * size)) return false;
         }
     }
     return true;
@@ -43,7 +50,6 @@ bool IsSymmetric(const DenseBlock& block)
 // Whether a cell between two refused pivots is no larger than a semidefinite matrix lets it be.
 bool IsBoundByPivots(double cell, double limit, double diagonalA, double diagonalB)
 {
-    constexpr double kRoundings = 8.0;
     return std::fabs(cell) <= kRoundings * limit * std::sqrt(diagonalA) * std::sqrt(diagonalB);
 }
 
@@ -171,7 +177,9 @@ Generalized EliminateCompletely(const DenseBlock& block, double limit)
 Generalized InvertGeneralized(const DenseBlock& block, double limit)
 {
     if (IsSymmetric(block)) {
-        if (std::optional<Generalized> swept = SweepSemidefinite(block, limit)) return std::move(*swept);
+        DenseBlock symmetric = block;
+        Symmetrize(symmetric);
+        if (std::optional<Generalized> swept = SweepSemidefinite(symmetric, limit)) return std::move(*swept);
     }
     return EliminateCompletely(block, limit);
 }

@@ -9,7 +9,8 @@
  *
  * A symmetric positive semidefinite matrix is swept in natural order (Goodnight 1979, "A tutorial on the SWEEP
  * operator"): a pivot at or below `tol` times its diagonal cell in A is refused, so that of a dependent set the
- * later rows are left out; their rows and columns of G are 0. G is symmetric.
+ * later rows are left out; their rows and columns of G are 0. G is symmetric. Mirrored cells may differ by the
+ * rounding of a product L C L'; their mean counts.
  *
  * Any other matrix (a triangular root, a matrix of eigenvectors, an indefinite one) is reduced with complete
  * pivoting on columns scaled to a largest cell of 1; pivots above `tol` choose as many rows and columns, and

@@ -72,6 +72,9 @@ TEST(Cholesky, PivotedFactorOfASemidefiniteMatrix)
     EXPECT_EQ(factor.vbget(1, 2), 0.0);
     sparse.vbset(2, 2, 0.5);
     EXPECT_EQ(M_CholDecompPrinc(&sparse, 3, &factor, nullptr, kFalse), -1);
+    matrix<double> exchange = ByRows(2, 2, {0, 1, 1, 0});
+    sparse = matrixSparse(&exchange);
+    EXPECT_EQ(M_CholDecompPrinc(&sparse, 2, &factor, nullptr, kFalse), -1);
 }
 
 TEST(Determinants, SignsScalesAndDegenerateMatrices)

@@ -175,6 +175,11 @@ TEST(GeneralizedInverse, SingularAndUnsymmetric)
     int rank = 0;
     EXPECT_EQ(M_InvGeneralizedSym(&lower, 3, &G, 1e-8, rank), 0);
     EXPECT_LE(Distance(G, ByRows(3, 3, {5.0 / 16, -0.125, 0, -0.125, 0.25, 0, 0, 0, 0})), kRoundoff);
+    // The same for a matrix that rounding has made unsymmetric.
+    matrix<double> nearly =
+        ByRows(3, 3, {4, 2, 4, std::nextafter(2.0, 3.0), 5, 2, 4, 2, std::nextafter(4.0, 5.0)});
+    EXPECT_EQ(M_InvGeneralized(&nearly, 3, &G, 1e-8, rank), 0);
+    EXPECT_LE(Distance(G, ByRows(3, 3, {5.0 / 16, -0.125, 0, -0.125, 0.25, 0, 0, 0, 0})), kRoundoff);
     EXPECT_EQ(M_InvGeneralized(&lower, 3, &G, 1e-8, rank), -1);
     EXPECT_EQ(rank, 0);
 }
