@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kernel/distributions/normal.h"
+#include "kernel/distributions/gamma_functions.h"
 #include "kernel/distributions/trapezoidal.h"
 
 namespace korvenrg::distributions {
@@ -12,9 +12,27 @@ namespace {
 
 constexpr double kMostLambda = 0.99999;  // beyond, the integrand is too steep for the rule
 constexpr double kSameFactor = 1e-12;    // relative difference of factors that rounding alone makes
-constexpr double kReach = 8.7;           // exp(-kReach^2/2) < 1e-16
-constexpr double kFirstStep = 0.9;       // in units of the narrowest spread of the integrand (tuned)
-constexpr double kSmallestLog = -745.0;  // exp of it is the smallest double
+constexpr double kReach = 8.3;           // exp(-kReach^2/2) < 1.1e-15
+constexpr double kRootHalf = 0.707106781186547524401;
+constexpr double kReciprocalRootTwoPi = 0.398942280401432677940;
+
+/** The first step of the rule: the narrowest spread of the integrand, and less with many comparisons, whose product
+    falls steeply (tuned). */
+double FirstStep(double narrowest, int comparisons)
+{
+    return narrowest / std::sqrt(1 + std::log(comparisons));
+}
+
+/** P(Z > x) for x >= 0. One rounding of the exponent, some tens of ulps far out, is enough here. */
+double NormalTail(double x)
+{
+    return 0.5 * ScaledErfc(x * kRootHalf) * std::exp(-0.5 * x * x);
+}
+
+double NormalDensity(double x)
+{
+    return kReciprocalRootTwoPi * std::exp(-0.5 * x * x);
+}
 
 /** A probability and its complement, both with their digits. */
 struct Chance
@@ -23,39 +41,37 @@ struct Chance
     double outside;
 };
 
-Chance PowerOf(Chance one, double members)
-{
-    if (members == 1) return one;
-    return {std::pow(one.inside, members), -std::expm1(members * std::log1p(-one.outside))};
-}
-
 Chance Both(Chance a, Chance b)
 {
-    return {a.inside * b.inside, a.outside + b.outside * (1 - a.outside)};
+    return {a.inside * b.inside, a.outside + b.outside * a.inside};
+}
+
+/** The chance that as many independent events as members, all alike, happen: by repeated squaring. */
+Chance PowerOf(Chance one, int members)
+{
+    Chance power = {1, 0};
+    for (int bit = members; bit > 0; bit /= 2) {
+        if (bit % 2 == 1) power = Both(power, one);
+        one = Both(one, one);
+    }
+    return power;
 }
 
 /** P(Z <= x) and P(Z > x). */
 Chance NormalChance(double x)
 {
-    if (x < 0) {
-        const double inside = CDFNormalStd(x);
-        return {inside, 1 - inside};
-    }
-    const double outside = pValNormalStd(x);
-    return {1 - outside, outside};
+    const double tail = NormalTail(std::fabs(x));
+    return x < 0 ? Chance{tail, 1 - tail} : Chance{1 - tail, tail};
 }
 
-/** P(low < Z <= high), low <= high, taken on the side of the smaller tails. */
-double IntervalChance(double low, double high)
-{
-    return low > 0 ? pValNormalStd(low) - pValNormalStd(high) : CDFNormalStd(high) - CDFNormalStd(low);
-}
-
-/** P(low < Z <= high) and the rest. */
+/** P(low < Z <= high) and the rest, low <= high; a narrow interval is taken on the side of the smaller
+    tails. */
 Chance NormalChanceBetween(double low, double high)
 {
-    const double outside = CDFNormalStd(low) + pValNormalStd(high);
-    return {outside < 0.5 ? 1 - outside : IntervalChance(low, high), outside};
+    const Chance atLow = NormalChance(low);
+    const Chance atHigh = NormalChance(high);
+    const double inside = low > 0 ? atLow.outside - atHigh.outside : atHigh.inside - atLow.inside;
+    return {inside, atLow.inside + atHigh.outside};
 }
 
 double OfSide(Chance chance, Side side)
@@ -104,77 +120,136 @@ double ControlTail(const ComparisonLaw& law, double t, Side side)
     double narrowest = 1;
     for (const ComparisonGroup& group : law.groups)
         narrowest = std::fmin(narrowest, group.spread);
-    const auto integrand = [&](double u) { return PDFNormalStd(u) * OfSide(AllWithin(law, t, u), side); };
+    const auto integrand = [&](double u) { return NormalDensity(u) * OfSide(AllWithin(law, t, u), side); };
     const Interval reach = side == Side::kUpper ? ReachOfSharedDeviate(law, t) : Interval{-kReach, kReach};
     if (law.kind == ComparisonKind::kOneSided)
-        return IntegrateWithin(integrand, reach, kFirstStep * narrowest);
+        return IntegrateWithin(integrand, reach, FirstStep(narrowest, law.comparisons));
     const double farthest = std::fmax(-reach.low, reach.high);
-    return 2 * IntegrateWithin(integrand, {0, farthest}, kFirstStep * narrowest);
+    return 2 * IntegrateWithin(integrand, {0, farthest}, FirstStep(narrowest, law.comparisons));
 }
 
-/** Density of the largest of k equal standard normals at x, split by whether the others lie within w below:
-        k phi(x) [Phi(x) - Phi(x - w)]^(k-1)   and   k phi(x) (Phi(x)^(k-1) - the same power). */
-double EqualRangeDensity(double others, double w, double x, Side side)
+/** What the means taken in so far leave at one point x, with f the density of a mean at x, below = P(mean <= x)
+    and near = P(x - w < mean <= x):
+        below    prod below_j                        near    prod near_j
+        beyond   their difference
+        within   sum_i f_i prod_(j != i) near_j      (the largest is at x, all others within w)
+        outside  sum_i f_i (prod_(j != i) below_j - prod_(j != i) near_j)
+    Every term is positive, so the small ones keep their digits. */
+struct RangeState
 {
-    const double front = (others + 1) * PDFNormalStd(x);
-    if (side == Side::kLower) return front * std::pow(IntervalChance(x - w, x), others);
-    const double below = CDFNormalStd(x);
-    const double far = CDFNormalStd(x - w);
-    if (far == 0) return 0;
-    return front * std::pow(below, others) * -std::expm1(others * std::log1p(-far / below));
+    double below = 1;
+    double near = 1;
+    double beyond = 0;
+    double within = 0;
+    double outside = 0;
+
+    void TakeIn(double f, double meanBelow, double meanNear, double meanFar)
+    {
+        outside = meanBelow * outside + meanFar * within + f * beyond;
+        within = meanNear * within + f * near;
+        beyond = meanBelow * beyond + meanFar * near;
+        below *= meanBelow;
+        near *= meanNear;
+    }
+};
+
+/** Two sets of means joined into one. */
+RangeState Joined(const RangeState& a, const RangeState& b)
+{
+    RangeState both;
+    both.below = a.below * b.below;
+    both.near = a.near * b.near;
+    both.beyond = a.below * b.beyond + a.beyond * b.near;
+    both.within = a.within * b.near + b.within * a.near;
+    both.outside = a.outside * b.below + a.within * b.beyond + b.outside * a.below + b.within * a.beyond;
+    return both;
 }
 
-/** The same with spreads: the sum over the groups to which the largest mean may belong, of its density times
-    the product over the other means. The products are formed once, as sums of logarithms, and the term of the
-    largest mean is taken out. */
-double UnequalRangeDensity(const ComparisonLaw& law, double w, double x, Side side)
+/** Density of the largest mean at x, split by whether all others lie within w below it; for k equal means
+        k phi(x) [Phi(x) - Phi(x - w)]^(k-1)   and   k phi(x) (Phi(x)^(k-1) - the same power).
+    Source: H. O. Hartley (1942), The range in random samples. */
+Chance RangeDensity(const ComparisonLaw& law, double w, double x)
 {
-    const auto logsOf = [&](const ComparisonGroup& group) {
-        const double below = CDFNormalStd(x / group.spread);
-        const double near = IntervalChance((x - w) / group.spread, x / group.spread) / below;
-        const double far = CDFNormalStd((x - w) / group.spread) / below;
-        const double logNear = near < 0.5 ? std::log(near) : std::log1p(-far);
-        return Chance{std::fmax(std::log(below), kSmallestLog), std::fmax(logNear, kSmallestLog)};
-    };
-    double logBelow = 0, logNear = 0;
-    for (const ComparisonGroup& group : law.groups) {
-        const auto [below, near] = logsOf(group);
-        logBelow += group.members * below;
-        logNear += group.members * near;
+    RangeState all;
+    for (const auto& [lambda, spread, members] : law.groups) {
+        const double z = x / spread;
+        const Chance above = NormalChance(z);
+        const Chance far = NormalChance(z - w / spread);
+        const double near = z > w / spread ? far.outside - above.outside : above.inside - far.inside;
+        RangeState one;
+        one.TakeIn(NormalDensity(z) / spread, above.inside, near, far.inside);
+        for (int bit = members; bit > 0; bit /= 2) {
+            if (bit % 2 == 1) all = Joined(all, one);
+            if (bit > 1) one = Joined(one, one);
+        }
     }
-    double density = 0;
-    for (const ComparisonGroup& group : law.groups) {
-        const auto [below, near] = logsOf(group);
-        const double others = std::exp(logBelow - below);
-        const double within =
-            side == Side::kLower ? std::exp(logNear - near) : -std::expm1(logNear - near);
-        density += group.members * PDFNormalStd(x / group.spread) / group.spread * others * within;
-    }
-    return density;
+    return {all.within, all.outside};
+}
+
+/** The same for k equal means in the closed form. */
+Chance EqualRangeDensity(int k, double w, double x)
+{
+    const Chance below = NormalChance(x);
+    const Chance far = NormalChance(x - w);
+    const double near = x > w ? far.outside - below.outside : below.inside - far.inside;
+    const Chance others = PowerOf({near / below.inside, far.inside / below.inside}, k - 1);
+    const double front = k * NormalDensity(x) * PowerOf(below, k - 1).inside;
+    return {front * others.inside, front * others.outside};
+}
+
+/** Where the largest mean can lie when the range exceeds w: if it has standard deviation a and the least one b,
+    about w a^2 / (a^2 + b^2). */
+Interval ReachOfLargestMean(double least, double most, double w)
+{
+    const double square = least * least + most * most;
+    return {w * least * least / square - kReach * kRootHalf * most,
+            most * std::sqrt(w * w / square + kReach * kReach)};
+}
+
+/** What turns t into a range: the root of twice the average variance of the means. */
+double RangeScale(const ComparisonLaw& law)
+{
+    double variances = 0;
+    for (const ComparisonGroup& group : law.groups)
+        variances += group.members * group.spread * group.spread;
+    return std::sqrt(2 * variances / (law.comparisons + 1));
 }
 
 double RangeTail(const ComparisonLaw& law, double t, Side side)
 {
-    if (t <= 0) return side == Side::kLower ? 0 : 1;
-    double least = law.groups.front().spread, most = least, variances = 0;
-    for (const auto& [lambda, spread, members] : law.groups) {
-        least = std::fmin(least, spread);
-        most = std::fmax(most, spread);
-        variances += members * spread * spread;
+    double least = law.groups.front().spread;
+    double most = least;
+    for (const ComparisonGroup& group : law.groups) {
+        least = std::fmin(least, group.spread);
+        most = std::fmax(most, group.spread);
     }
-    const double w = t * std::sqrt(2 * variances / (law.comparisons + 1));
-    const double square = least * least + most * most;
-    const Interval reach = {w * least * least / square - kReach * most,
-                            most * std::sqrt(w * w / square + kReach * kReach)};
+    const double w = t * RangeScale(law);
+    const Interval reach =
+        side == Side::kUpper ? ReachOfLargestMean(least, most, w) : Interval{-kReach * most, kReach * most};
+    const int k = law.groups.front().members;
     const bool isEqual = law.groups.size() == 1;
-    const double others = law.comparisons;
-    if (isEqual)
-        return IntegrateWithin([=](double x) { return EqualRangeDensity(others, w, x, side); },
-                               reach,
-                               kFirstStep * least);
-    return IntegrateWithin([&](double x) { return UnequalRangeDensity(law, w, x, side); },
-                           reach,
-                           kFirstStep * least);
+    const auto integrand = [&](double x) {
+        return OfSide(isEqual ? EqualRangeDensity(k, w, x) : RangeDensity(law, w, x), side);
+    };
+    return IntegrateWithin(integrand, reach, FirstStep(least, law.comparisons));
+}
+
+/** Whether P(largest <= t) is below rounding by a bound: no interval holds more of a normal deviate than the one
+    about its mean. For a range the largest mean is free, which takes one factor from the product. */
+bool IsCertainlyExceeded(const ComparisonLaw& law, double t)
+{
+    constexpr double kNegligibleLog = -41.0;
+    if (law.kind == ComparisonKind::kOneSided) return false;
+    const bool isRange = law.kind == ComparisonKind::kRange;
+    const double half = isRange ? 0.5 * RangeScale(law) * t : t;
+    double logBound = isRange ? std::log(law.comparisons + 1.0) : 0;
+    double largestFactor = kNegligibleLog;
+    for (const auto& [lambda, spread, members] : law.groups) {
+        const double factor = std::log(derf(half / spread * kRootHalf));
+        logBound += members * factor;
+        largestFactor = std::fmax(largestFactor, factor);
+    }
+    return logBound - (isRange ? largestFactor : 0) < kNegligibleLog;
 }
 
 /** Adds one comparison to the group with its factors, or a new group. */
@@ -208,9 +283,9 @@ ComparisonLaw MakeComparisonLaw(ComparisonKind kind, const std::vector<double>& 
 
 double NormalMaximumTail(const ComparisonLaw& law, double t, Side side)
 {
-    if (law.kind == ComparisonKind::kRange) return RangeTail(law, t, side);
-    if (law.kind == ComparisonKind::kTwoSided && t <= 0) return side == Side::kLower ? 0 : 1;
-    return ControlTail(law, t, side);
+    if (law.kind != ComparisonKind::kOneSided && t <= 0) return side == Side::kLower ? 0 : 1;
+    if (side == Side::kUpper && IsCertainlyExceeded(law, t)) return 1;
+    return law.kind == ComparisonKind::kRange ? RangeTail(law, t, side) : ControlTail(law, t, side);
 }
 
 }  // namespace korvenrg::distributions

@@ -23,9 +23,9 @@ enum class Side
 /** Comparisons that share one correlation factor. */
 struct ComparisonGroup
 {
-    double lambda;   // for a range: not used
-    double spread;   // sqrt(1 - lambda^2); for a range: the standard deviation of the mean
-    double members;  // how many
+    double lambda;  // for a range: not used
+    double spread;  // sqrt(1 - lambda^2); for a range: the standard deviation of the mean
+    int members;    // how many
 };
 
 struct ComparisonLaw

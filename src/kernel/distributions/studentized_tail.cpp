@@ -14,7 +14,8 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530717958647693;
 constexpr double kLeastScaleDf = 0.1;   // fewer degrees of freedom count as these
-constexpr double kWidestStep = 0.35;    // first step of the outer rule (tuned)
+constexpr double kMostRatio = 1e150;    // of t to sqrt(df); keeps its square finite
+constexpr double kWidestStep = 0.3;     // first step of the outer rule (tuned)
 constexpr double kStepInSpreads = 1.0;  // the same in spreads of the scale's logarithm (tuned)
 
 /** Density of y = log s, where df s^2 is chi-square:
@@ -42,17 +43,18 @@ class LogScaleDensity
 
 /** P = integral of P(normal maximum beyond t s) over the law of s = e^y. For t > 0 the integrand has its peak
     between y = 0 and the centre below, which is where it lies for a tail like exp(-t^2 s^2 / 2). To the right
-    it falls double-exponentially; y = centre + (z - e^-z + 1) / 2 makes it do so on the left, too, where
+    it falls double-exponentially; y = centre + (z + 1 - e^-z) / 2 makes it do so on the left, too, where
     few degrees of freedom leave only e^(df y). Source of the mapping: H. Takahasi & M. Mori (1974), Double
     exponential formulas for numerical integration. */
 double TailOverScale(const ComparisonLaw& law, double df, double t, Side side)
 {
     const LogScaleDensity density(df);
-    const double centre = -std::log(std::hypot(1, t / std::sqrt(df)));
+    const double ratio = std::fmin(std::fabs(t) / std::sqrt(df), kMostRatio);
+    const double centre = -0.5 * std::log1p(ratio * ratio);
     const auto integrand = [&](double z) {
-        const double decay = std::exp(-z);
-        const double y = centre + 0.5 * (z - decay + 1);
-        const double weight = density(y) * 0.5 * (1 + decay);
+        const double decay = std::expm1(-z);
+        const double y = centre + 0.5 * (z - decay);
+        const double weight = density(y) * (1 + 0.5 * decay);
         return weight == 0 ? 0 : weight * NormalMaximumTail(law, t * std::exp(y), side);
     };
     return IntegrateOutward(integrand, std::fmin(kWidestStep, kStepInSpreads / std::sqrt(2 * df)));
@@ -70,61 +72,86 @@ double StudentizedTail(const ComparisonLaw& law, double df, double t, Side side)
 
 namespace {
 
-/** The level of a single comparison of which law.comparisons independent ones would give the tail, as Student's
-    deviate: about linear in t on both sides, which makes the secant method fast. Z. Sidak (1967), Rectangular
-    confidence regions for the means of multivariate normal distributions. */
-double EquivalentDeviate(const ComparisonLaw& law, double df, double tail, Side side)
+/** What is looked for: the side and value of the tail, and the number of independent comparisons with which it is
+    compared. */
+struct QuantileGoal
 {
-    const double sides = law.kind == ComparisonKind::kOneSided ? 1 : 2;
-    const double logInside = side == Side::kLower ? std::log(tail) : std::log1p(-tail);
-    const double outside = -std::expm1(logInside / law.comparisons) / sides;
-    if (outside > 0.5) return InvCDFStudent(std::exp(logInside / law.comparisons), df);
-    return -InvCDFStudent(outside, df);
+    Side side;
+    double tail;
+    int comparisons;
+    int sides;
+};
+
+/** A tail as that of a single comparison, in Student's deviate: about linear in t, which makes the secant method
+    fast. The single one is that of which goal.comparisons independent ones give the same tail (Z. Sidak 1967,
+    Rectangular confidence regions for the means of multivariate normal distributions). */
+double EquivalentDeviate(const QuantileGoal& goal, double df, double tail)
+{
+    const double logInside = goal.side == Side::kLower ? std::log(tail) : std::log1p(-tail);
+    return -InvCDFStudent(-std::expm1(logInside / goal.comparisons) / goal.sides, df);
 }
 
-/** The step of the secant method from the newer of two points, or Newton's with slope 1. */
-struct SecantPoint
+/** A point of the search with its distance from the goal. */
+struct SearchPoint
 {
     double t;
     double residual;
 };
 
-}  // namespace
-
-double StudentizedQuantile(const ComparisonLaw& law, double df, double confidence)
+/** The middle of a bracket, about in the logarithm; beyond t where an end is open. */
+double MiddleOf(const Interval& bracket, double t)
 {
-    constexpr int kMostSteps = 60;       // bounds the loop; 4 to 6 are usual
-    constexpr double kExactStep = 1e-6;  // a relative step after which the secant method stands still
+    if (std::isinf(bracket.high)) return t + (1 + std::fabs(t));
+    if (std::isinf(bracket.low)) return t - (1 + std::fabs(t));
+    return std::sinh(0.5 * (std::asinh(bracket.low) + std::asinh(bracket.high)));
+}
 
-    df = std::fmax(df, kLeastScaleDf);
-    const Side side = confidence < 0.5 ? Side::kLower : Side::kUpper;
-    const double target = side == Side::kLower ? confidence : 1 - confidence;
-    const double goal = EquivalentDeviate(law, df, target, side);
-    const bool isPositive = law.kind != ComparisonKind::kOneSided;
-    double below = isPositive ? 0 : -HUGE_VAL, above = HUGE_VAL;
-    SecantPoint before = {}, now = {};
-    double t = goal;
-    double slope = 1;
-    for (int i = 0; i < kMostSteps; i++) {
-        before = now;
-        const double tail = StudentizedTail(law, df, t, side);
-        now = {t, EquivalentDeviate(law, df, tail, side) - goal};
+/** The secant method on the equivalent deviate, kept within a bracket, with a halving of it now and then. Starts from
+    the value that independent comparisons would have, with the deviate as proportional to t. */
+double SearchComparisonQuantile(const ComparisonLaw& law,
+                                double df,
+                                const QuantileGoal& goal,
+                                Interval bracket)
+{
+    constexpr int kMostSteps = 150;    // bounds the loop; 3 to 6 are usual
+    constexpr int kHalvingPeriod = 6;  // a halving after so many steps, should the secants be slow
+    constexpr double kLastStep =
+        1e-6;  // a relative step small enough for the secant method to be exact after it
+
+    const double target = EquivalentDeviate(goal, df, goal.tail);
+    SearchPoint before = {0, 0};
+    double t = target;
+    for (int i = 0; i < kMostSteps && std::isfinite(t); i++) {
+        const double deviate = EquivalentDeviate(goal, df, StudentizedTail(law, df, t, goal.side));
+        const SearchPoint now = {t, deviate - target};
         if (now.residual == 0) return t;
-        (now.residual < 0 ? below : above) = t;
-        if (i > 0) slope = (now.residual - before.residual) / (now.t - before.t);
-        double step = -now.residual / slope;
-        double next = t + step;
-        if (!(next > below && next < above)) {
-            if (std::isinf(above)) next = t + (std::fabs(t) + 1);
-            else if (std::isinf(below)) next = t - (std::fabs(t) + 1);
-            else next = 0.5 * (below + above);
-            if (next == t) return t;
-        } else if (std::fabs(step) <= kExactStep * std::fabs(t)) {
-            return next;
-        }
-        t = next;
+        (now.residual < 0 ? bracket.low : bracket.high) = t;
+
+        const double slope = i == 0 ? deviate / t : (now.residual - before.residual) / (now.t - before.t);
+        const double next = t - now.residual / slope;
+        const bool isInside = next > bracket.low && next < bracket.high;
+        if (isInside && std::fabs(next - t) <= kLastStep * std::fabs(t)) return next;
+        before = now;
+        t = isInside && (i + 1) % kHalvingPeriod != 0 ? next : MiddleOf(bracket, t);
+        if (t == before.t) return t;
     }
     return t;
+}
+
+}  // namespace
+
+// The sign of a one-sided quantile follows from the chance that all differences are negative, in which the scale has
+// no part. Beyond it on the negative side the comparisons share the scale and count as one.
+double StudentizedQuantile(const ComparisonLaw& law, double df, double confidence)
+{
+    df = std::fmax(df, kLeastScaleDf);
+    const bool isOneSided = law.kind == ComparisonKind::kOneSided;
+    QuantileGoal goal = {Side::kUpper, 1 - confidence, law.comparisons, isOneSided ? 1 : 2};
+    if (confidence < 0.5) goal = {Side::kLower, confidence, law.comparisons, goal.sides};
+    if (!isOneSided || NormalMaximumTail(law, 0, Side::kLower) < confidence)
+        return SearchComparisonQuantile(law, df, goal, {0, HUGE_VAL});
+    goal.comparisons = 1;
+    return SearchComparisonQuantile(law, df, goal, {-HUGE_VAL, 0});
 }
 
 }  // namespace korvenrg::distributions

@@ -66,7 +66,7 @@ double IntegrateWithin(const Integrand& integrand, Interval range, double firstS
 template <class Integrand>
 double IntegrateOutward(const Integrand& integrand, double firstStep)
 {
-    constexpr double kNegligible = 1e-18;
+    constexpr double kNegligible = 1e-17;
     constexpr int kMostSteps = 2000;  // to either side
 
     double largest = integrand(0.0);
