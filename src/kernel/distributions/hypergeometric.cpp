@@ -39,7 +39,7 @@ FourfoldTable TableAt(double x, double marked, double unmarked, double drawn)
             total};
 }
 
-/** n log n - n + log sqrt(2 pi n) + delta(n) = log n! taken apart: the power stays out. */
+/** log n! = n log n - n + log sqrt(2 pi n) + delta(n) taken apart: the root and the correction. */
 double StirlingRoot(double n)
 {
     return n == 0 ? 1 : std::sqrt(kTwoPi * n);
@@ -50,12 +50,13 @@ double StirlingCorrection(double n)
     return n == 0 ? 0 : StirlingError(n);
 }
 
-/** cell log(cell / expected) - cell + expected >= 0, with excess = cell - expected. */
-double CellDeviance(double cell, double excess)
+/** cell log(cell / expected) - cell + expected >= 0 with expected = row column / total, excess = cell - expected. */
+double CellDeviance(double cell, double row, double column, double total, double excess)
 {
+    constexpr double kRatioStart = -0.5;  // log(1 + u) is taken from 1 + u itself below
     if (cell == 0) return -excess;
     const double u = -excess / cell;
-    return -cell * (std::fabs(u) < 1 ? Log1pMinusX(u) : std::log1p(u) - u);
+    return -cell * (u < kRatioStart ? std::log(row / total * column / cell) - u : Log1pMinusX(u));
 }
 
 /** cell log(cell total / (row column)) as a two-double. */
@@ -74,8 +75,10 @@ double PointProbability(const FourfoldTable& f)
                               Negative(ExactProduct(f.drawnUnmarked, f.leftMarked)))
                               .high /
                           f.total;
-    const double deviance = CellDeviance(f.drawnMarked, excess) + CellDeviance(f.drawnUnmarked, -excess) +
-                            CellDeviance(f.leftMarked, -excess) + CellDeviance(f.leftUnmarked, excess);
+    const double deviance = CellDeviance(f.drawnMarked, f.drawn, f.marked, f.total, excess) +
+                            CellDeviance(f.drawnUnmarked, f.drawn, f.unmarked, f.total, -excess) +
+                            CellDeviance(f.leftMarked, f.left, f.marked, f.total, -excess) +
+                            CellDeviance(f.leftUnmarked, f.left, f.unmarked, f.total, excess);
     const double correction =
         (StirlingCorrection(f.marked) - StirlingCorrection(f.drawnMarked) -
          StirlingCorrection(f.leftMarked)) +

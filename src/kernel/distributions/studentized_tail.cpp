@@ -113,10 +113,9 @@ double SearchComparisonQuantile(const ComparisonLaw& law,
                                 const QuantileGoal& goal,
                                 Interval bracket)
 {
-    constexpr int kMostSteps = 150;    // bounds the loop; 3 to 6 are usual
-    constexpr int kHalvingPeriod = 6;  // a halving after so many steps, should the secants be slow
-    constexpr double kLastStep =
-        1e-6;  // a relative step small enough for the secant method to be exact after it
+    constexpr int kMostSteps = 150;         // bounds the loop; 3 to 6 are usual
+    constexpr int kHalvingPeriod = 6;       // a halving after so many steps, should the secants be slow
+    constexpr double kLastProduct = 1e-12;  // of the last two relative steps: what the secant method errs by
 
     const double target = EquivalentDeviate(goal, df, goal.tail);
     SearchPoint before = {0, 0};
@@ -130,7 +129,8 @@ double SearchComparisonQuantile(const ComparisonLaw& law,
         const double slope = i == 0 ? deviate / t : (now.residual - before.residual) / (now.t - before.t);
         const double next = t - now.residual / slope;
         const bool isInside = next > bracket.low && next < bracket.high;
-        if (isInside && std::fabs(next - t) <= kLastStep * std::fabs(t)) return next;
+        const bool isExact = std::fabs((next - t) * (t - before.t)) <= kLastProduct * t * t;
+        if (isInside && isExact) return next;
         before = now;
         t = isInside && (i + 1) % kHalvingPeriod != 0 ? next : MiddleOf(bracket, t);
         if (t == before.t) return t;
