@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,8 @@ struct Regime
 };
 
 constexpr Regime kRegimes[] = {
+    {"df 1, 1000", 1, 1000},
+    {"df 2, 2", 2, 2},
     {"df 1, 3", 1, 3},
     {"df 5, 25.5", 5, 25.5},
     {"df 60, 200.5", 60, 200.5},
@@ -96,6 +99,48 @@ void RegisterRegime(const Regime& regime)
     Run("qchisq", regime, Probability, [=](double p) { return InvCDFChiSq(p, df2); });
 }
 
+constexpr int kMeans[] = {3, 5, 10, 30, 100};
+constexpr double kErrorDfs[] = {2, 10, 60, 10000};
+
+/** P-values beside the 5 % critical value and critical values beside 95 %, equal group sizes. */
+void RegisterComparisons(int k, double df)
+{
+    const Regime regime = {"", 0, 0};
+    const std::string tag = ", k " + std::to_string(k) + " df " + std::to_string(static_cast<int>(df));
+    const auto lambda = std::make_shared<matrix<double>>(k - 1, 1, std::sqrt(0.5));
+    const auto conf = [](int i) { return 0.94 + 0.02 * Probability(i); };
+    const double critical = qmcav(k, lambda.get(), df, 0.95);
+    const auto beside = [=](int i) { return critical * (0.9 + 0.2 * Probability(i)); };
+    Run(("range tail" + tag).c_str(), regime, beside, [=](double x) {
+        return pvmcav(k, lambda.get(), df, x);
+    });
+    Run(("range quantile" + tag).c_str(), regime, conf, [=](double p) {
+        return qmcav(k, lambda.get(), df, p);
+    });
+    Run(("Dunnett tail" + tag).c_str(), regime, beside, [=](double x) {
+        return pvmccv(k, lambda.get(), df, x);
+    });
+    Run(("Dunnett quantile" + tag).c_str(), regime, conf, [=](double p) {
+        matrix<double> confidence(1, 1, p);
+        matrix<double> result(1, 1);
+        qmccv(k, lambda.get(), df, 1.0, &confidence, &result);
+        return result.vbget(1);
+    });
+}
+
+/** Tails of the marked among n / 4 drawn from n, a third of them marked. */
+void RegisterHypergeometric(double n)
+{
+    const Regime regime = {"", 0, 0};
+    const double marked = std::floor(n / 3);
+    const double drawn = std::floor(n / 4);
+    const double deviation = std::sqrt(n / 4 / 3 * (2.0 / 3) * (3.0 / 4));
+    const auto count = [=](int i) { return std::floor(n / 12 + Deviate(i) * deviation); };
+    Run(("hypergeometric, n " + std::to_string(static_cast<long>(n))).c_str(), regime, count, [=](double t) {
+        return CDFHyperG(t, marked, n - marked, drawn);
+    });
+}
+
 bool RegisterAll()
 {
     for (const Regime& regime : kRegimes)
@@ -107,6 +152,11 @@ bool RegisterAll()
     Run("lgamma", plain, upTo100, GammaLn);
     Run("digamma", plain, upTo100, Digamma);
     Run("trigamma", plain, upTo100, Trigamma);
+    for (int k : kMeans)
+        for (double df : kErrorDfs)
+            RegisterComparisons(k, df);
+    for (double n : {60.0, 1e4, 1e6})
+        RegisterHypergeometric(n);
     return true;
 }
 

@@ -14,8 +14,11 @@
 #include <string>
 #include <vector>
 
+#include "../../tools/comparison_reference.h"
 #include "../../tools/distribution_reference.h"
 #include "kernel/distributions/distributions.h"
+#include "kernel/distributions/studentized_tail.h"
+#include "kernel/scalars/scalars.h"
 
 namespace {
 
@@ -30,6 +33,7 @@ using reference::Tails;
 constexpr int kDraws = 4000;          // arguments of a tail in one regime
 constexpr int kQuantileDraws = 1500;  // and of a quantile
 constexpr double kSmallest = 1e-300;
+constexpr double kLeastArgument = 1e-290;  // smaller ones have lost digits themselves
 
 /** A 64-bit mixing generator: the same sequence on every platform. */
 class Draws
@@ -117,6 +121,9 @@ struct Regime
     double high;
 };
 
+constexpr Regime kFewDf = {"df 0.001..0.1", 0.001, 0.1};
+constexpr Regime kOneDf = {"df 1", 1, 1};  // closed forms
+constexpr Regime kTwoDf = {"df 2", 2, 2};
 constexpr Regime kRegimes[] = {{"df 0.1..2", 0.1, 2},
                                {"df 2..60", 2, 60},
                                {"df 60..2000", 60, 2000},
@@ -144,7 +151,7 @@ void SweepChiSquare(Draws& draws, const Regime& regime)
         const double df = draws.LogUniform(regime.low, regime.high);
         const double x = i % 4 == 0 ? df * draws.LogUniform(1e-6, 1e3)
                                     : df * std::exp(draws.Deviate() * std::sqrt(2 / df));
-        if (x > 2000 + 10 * df) continue;
+        if (x < kLeastArgument || x > 2000 + 10 * df) continue;
         const Tails tails = reference::ChiSquare(x, df);
         lower.Compare(CDFChiSq(x, df), tails.lower, Named({{"x", x}, {"df", df}}));
         upper.Compare(CDFChiSq(x, df, 0), tails.upper, Named({{"x", x}, {"df", df}}));
@@ -161,6 +168,7 @@ void SweepFisher(Draws& draws, const Regime& first, const Regime& second)
         const double df2 = draws.LogUniform(second.low, second.high);
         const double F = i % 4 == 0 ? draws.LogUniform(1e-6, 1e6)
                                     : std::exp(draws.Deviate() * std::sqrt(2 / df1 + 2 / df2));
+        if (F < kLeastArgument || F > 1 / kLeastArgument) continue;
         const Tails tails = reference::Fisher(F, df1, df2);
         const std::string where = Named({{"F", F}, {"df1", df1}, {"df2", df2}});
         lower.Compare(CDFFisher(F, df1, df2, 1), tails.lower, where);
@@ -214,7 +222,9 @@ void NoteQuantile(Worst& worst,
     const Real target = p <= 0.5 ? Real(p) : 1 - Real(p);
     if (std::isinf(quantile) || std::fabs(quantile) < kSmallest) {  // outside the doubles, or wrong
         const double end = std::isinf(quantile) ? std::copysign(1 / kSmallest, quantile) : kSmallest;
-        if (tail(end) < target * (1 - 1e-12)) worst.Note(HUGE_VAL, where);
+        const Tails atEnd = tailsAt(end);
+        const bool isAbove = std::isinf(quantile) && quantile > 0;
+        if ((isAbove ? atEnd.upper - (1 - Real(p)) : atEnd.lower - p) < -1e-12) worst.Note(HUGE_VAL, where);
         return;
     }
     const Real reached = tail(quantile);
@@ -334,6 +344,92 @@ void SweepGammaFunctions(Draws& draws)
         binomial.Compare(cLogCnk(n, k), exact, Named({{"n", n}, {"k", k}}));
     }
     binomial.Print("cLogCnk", "n 2..1e12, k 0.01..n");
+
+    Worst coefficient;
+    for (int i = 0; i < kDraws; i++) {
+        const int n = static_cast<int>(i % 2 == 0 ? draws.Uniform(1, 1030) : draws.LogUniform(1, 2e9));
+        const int k = static_cast<int>(std::fmin(draws.LogUniform(1, 600), n));
+        const Real exact = exp(reference::LogGamma(Real(n) + 1) - reference::LogGamma(Real(k) + 1) -
+                               reference::LogGamma(Real(n) - Real(k) + 1));
+        if (exact < 1e308) coefficient.Compare(Cnk(n, k), exact, Named({{"n", 1.0 * n}, {"k", 1.0 * k}}));
+    }
+    coefficient.Print("Cnk", "n 1..2e9, results to 1e308");
+}
+
+void SweepHypergeometric(Draws& draws, double most, int count, const char* regime)
+{
+    Worst lower, upper;
+    for (int i = 0; i < count; i++) {
+        const double n = std::floor(draws.LogUniform(4, most));
+        const double marked = std::floor(i % 2 == 0 ? draws.Uniform(1, n) : draws.LogUniform(1, n));
+        const double drawn = std::floor(i % 3 == 0 ? draws.Uniform(1, n) : draws.LogUniform(1, n));
+        const double mean = drawn * marked / n;
+        const double deviation = std::sqrt(mean * (1 - marked / n) * (1 - drawn / n));
+        const double t = std::floor(mean + draws.Deviate() * deviation);
+        if (t < std::fmax(0.0, drawn + marked - n) || t >= std::fmin(marked, drawn)) continue;
+        const Tails tails = reference::Hypergeometric(t, marked, n - marked, drawn);
+        const std::string where =
+            Named({{"t", t}, {"marked", marked}, {"unmarked", n - marked}, {"drawn", drawn}});
+        lower.Compare(CDFHyperG(t, marked, n - marked, drawn), tails.lower, where);
+        upper.Compare(CDFHyperG(t, marked, n - marked, drawn, 0), tails.upper, where);
+    }
+    lower.Print("CDFHyperG, lower", regime);
+    upper.Print("CDFHyperG, upper", regime);
+}
+
+/** Upper tails and critical values of one multiple-comparison law; the critical values relative to themselves. */
+void SweepComparisons(Draws& draws,
+                      const char* name,
+                      korvenrg::distributions::ComparisonKind kind,
+                      bool isEqual)
+{
+    using namespace korvenrg::distributions;
+    constexpr int kComparisonDraws = 60;
+    Worst tail, quantile;
+    for (int i = 0; i < kComparisonDraws; i++) {
+        const int k = static_cast<int>(draws.LogUniform(2, isEqual ? 101 : 7));
+        const double df = i % 10 == 0 ? HUGE_VAL : draws.LogUniform(1, 1e6);
+        const double root = std::sqrt(0.5);
+        const double first = !isEqual || kind != ComparisonKind::kRange ? draws.Uniform(0.05, 0.99) : root;
+        const double last = isEqual ? first : draws.Uniform(0.05, 0.99);
+        std::vector<double> lambda;
+        std::vector<long double> exact;
+        for (int j = 0; j < k - 1; j++) {
+            lambda.push_back(first + (last - first) / std::fmax(1, k - 2) * j);
+            exact.push_back(first == root && isEqual ? sqrtl(0.5L) : static_cast<long double>(lambda.back()));
+        }
+        const ComparisonLaw law = MakeComparisonLaw(kind, lambda);
+        const reference::ComparisonOracle<long double> oracle(static_cast<reference::Comparison>(kind),
+                                                              exact);
+        const double p = i % 3 == 0 ? draws.LogUniform(1e-100, 1e-10) : draws.LogUniform(1e-10, 1);
+        const std::string where =
+            Named({{"k", 1.0 * k}, {"df", df}, {"first factor", first}, {"last factor", last}});
+        const double t = -InvCDFStudent(0.5 * p / k, df);
+        const std::string whereT = where + ", " + Named({{"t", t}});
+        tail.Compare(StudentizedTail(law, df, t, Side::kUpper), Real(oracle.Upper(df, t)), whereT);
+
+        const double conf = i % 2 == 0 ? draws.Uniform(0.5, 0.9999) : 1 - draws.LogUniform(1e-14, 0.1);
+        const double critical = StudentizedQuantile(law, df, conf);
+        const long double step = 1e-4L;
+        const long double reached = oracle.Upper(df, critical);
+        const long double slope = (oracle.Upper(df, critical * (1 + step)) - reached) / step;
+        quantile.Note(
+            static_cast<double>(std::fabs((reached - (1 - static_cast<long double>(conf))) / slope)),
+            where + ", " + Named({{"conf", conf}}));
+    }
+    const std::string regime = isEqual ? "k 2..100, equal factors" : "k 2..6, unequal factors";
+    tail.Print(std::string(name) + ", p 1e-100..1", regime);
+    quantile.Print(std::string(name) + ", critical value", regime);
+}
+
+void SweepAllComparisons(Draws& draws)
+{
+    using korvenrg::distributions::ComparisonKind;
+    for (bool isEqual : {true, false}) {
+        SweepComparisons(draws, "pvmcav, qmcav", ComparisonKind::kRange, isEqual);
+        SweepComparisons(draws, "pvmcbv, qmcbv", ComparisonKind::kOneSided, isEqual);
+        SweepComparisons(draws, "pvmccv, qmccv", ComparisonKind::kTwoSided, isEqual);
+    }
 }
 
 }  // namespace
@@ -350,10 +446,22 @@ int main()
     for (const Regime& first : kRegimes)
         for (const Regime& second : kRegimes)
             SweepFisher(draws, first, second);
+    for (const Regime& regime : {kFewDf, kOneDf, kTwoDf}) {
+        SweepStudent(draws, regime);
+        SweepChiSquare(draws, regime);
+        for (const Regime& second : {kRegimes[0], kRegimes[1], kRegimes[3]}) {
+            SweepFisher(draws, regime, second);
+            SweepFisher(draws, second, regime);
+        }
+        SweepQuantiles(draws, regime);
+    }
     SweepNormal(draws);
     SweepIncompleteFunctions(draws);
     for (const Regime& regime : kRegimes)
         SweepQuantiles(draws, regime);
     SweepGammaFunctions(draws);
+    SweepHypergeometric(draws, 1e4, 1500, "population 4..1e4");
+    SweepHypergeometric(draws, 1e9, 300, "population 4..1e9");
+    SweepAllComparisons(draws);
     return 0;
 }
