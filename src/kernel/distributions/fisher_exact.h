@@ -7,9 +7,10 @@ namespace korvenrg::distributions {
 enum FisherCode : int
 {
     kFisherDone = 0,
-    kFisherBadSize = -1,    ///< no row, no column, a leading dimension below r, or a null array
-    kFisherBadTable = -2,   ///< a cell is negative, NaN or no whole number, or the total is 0 or above 2^30
-    kFisherWorkLimit = -3,  ///< the table needs more work or memory than the limits allow
+    kFisherBadSize = -1,   ///< no row, no column, a leading dimension below r, or a null array
+    kFisherBadTable = -2,  ///< a cell is negative, NaN or no whole number, or the total is 0
+    kFisherWorkLimit =
+        -3,  ///< the table needs more work or memory than the limits allow, or its total is above 1e7
 };
 
 }  // namespace korvenrg::distributions
@@ -35,8 +36,8 @@ enum FisherCode : int
  * @param expect, percent, emin  Cochran's conditions, see above
  * @param pValue            out: the p-value, the missing marker with a negative result code
  * @param tableProbability  out: the probability of the given table itself, or the marker; null when not wanted
- * @return 0, or a FisherCode below 0. The limits are 1e9 steps (some minutes at most) and 3e7 paths (0.5 gigabytes);
- * they depend on nothing but the table.
+ * @return 0, or a FisherCode below 0. The limits are 1e9 steps (about a minute) and 1e7 paths (about 0.6
+ * gigabytes); whether they are reached depends on the table alone.
  */
 int cfexact(int r,
             int c,

@@ -14,12 +14,12 @@ struct CochranRule
     bool active = false;    ///< false: everything is exact
 };
 
-/** A table without empty rows or columns, and with at most as many rows as columns. */
+/** A table: its totals without empty rows and columns, turned so that it has at most as many rows as columns. */
 struct CountTable
 {
     std::vector<int> rowTotals;
     std::vector<int> columnTotals;
-    std::vector<int> cells;  ///< by columns
+    std::vector<int> cells;  ///< in any order
     int total = 0;
 };
 
