@@ -115,7 +115,7 @@ TEST(RankSum, StatisticAndMomentsByHand)
     EXPECT_EQ(o.ties, 2);
     EXPECT_GE(o.spent, 0.0);
     const Outcome shifted = RankSumOf({3, 5, 5}, {5, 1, 3, 2}, {.shift = 2.5});
-    EXPECT_EQ(shifted.u, 1.0 + 2.0 + 2.0);
+    EXPECT_EQ(shifted.u, 0.0 + 2.0 + 2.0);
 }
 
 // Complete separation of 60 and 40 has the probability 1 / C(100, 40): no digit of it is lost. The tails swap with the
