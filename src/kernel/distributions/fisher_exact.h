@@ -24,7 +24,8 @@ enum FisherCode : int
  * 0 and a table larger than 2 x 2 it is their hybrid: once at least one column is taken out, a remaining table for
  * which chi-square is good enough is not looked through; its tail is chi-square. Good enough means Cochran's conditions:
  * no expected count below `emin`, and at least `percent` percent of the expected counts at least `expect`. The usual
- * values are 5, 80 and 1; the p-value is then off by about a percent of itself in tables with large counts. With
+ * values are 5, 80 and 1; the p-value is then off by about a percent of itself in tables with large counts. A table that meets
+ * the conditions as a whole and is too large for the work limits takes chi-square for all of it. With
  * `expect` of 0 or less every table is exact, to about 1e-11 relatively for totals in the thousands.
  *
  * Rows and columns without counts are left out. What then has one row or one column is the only table with its margins:
