@@ -1,5 +1,6 @@
 #include "kernel/distributions/fisher_exact.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <optional>
@@ -16,24 +17,30 @@ using korvenrg::distributions::CountTable;
 /** How far a cell may be from a whole number: weighted counts add up with roundings. */
 constexpr double kWhole = 1E-9;
 
-constexpr double kLargestTotal = 1 << 30;
+/** The tables of logarithms take 24 bytes for each count of the total. */
+constexpr double kLargestTotal = 1E7;
 
-/** The cells as whole numbers, r x c by columns; nothing when they are no counts. */
-std::optional<std::vector<int>> ReadCounts(int r, int c, const double* table, int leadingDimension)
+/** The cells of a table, by columns. */
+struct Counts
 {
-    std::vector<int> counts;
+    std::vector<int> cells;
     double total = 0.0;
+};
+
+/** The cells as whole numbers; nothing when they are no counts. */
+std::optional<Counts> ReadCounts(int r, int c, const double* table, int leadingDimension)
+{
+    Counts counts;
     for (int j = 0; j < c; ++j) {
         for (int i = 0; i < r; ++i) {
             const double cell = table[static_cast<std::ptrdiff_t>(j) * leadingDimension + i];
             const double whole = std::nearbyint(cell);
             if (!(whole >= 0.0 && std::fabs(cell - whole) <= kWhole)) return std::nullopt;
-            total += whole;
-            if (total > kLargestTotal) return std::nullopt;
-            counts.push_back(static_cast<int>(whole));
+            counts.total += whole;
+            counts.cells.push_back(static_cast<int>(std::min(whole, kLargestTotal)));
         }
     }
-    if (total == 0.0) return std::nullopt;
+    if (counts.total == 0.0) return std::nullopt;
     return counts;
 }
 
@@ -44,35 +51,19 @@ CountTable Condensed(int r, int c, const std::vector<int>& counts)
         return counts[static_cast<std::size_t>(j) * static_cast<std::size_t>(r) +
                       static_cast<std::size_t>(i)];
     };
-    std::vector<int> usedRows;
-    std::vector<int> usedColumns;
+    std::vector<int> rowTotals(static_cast<std::size_t>(r));
+    std::vector<int> columnTotals(static_cast<std::size_t>(c));
     CountTable table;
-    std::vector<int> rowTotals;
-    std::vector<int> columnTotals;
-    for (int i = 0; i < r; ++i) {
-        int sum = 0;
-        for (int j = 0; j < c; ++j) {
-            sum += cell(i, j);
-        }
-        if (sum == 0) continue;
-        usedRows.push_back(i);
-        rowTotals.push_back(sum);
-        table.total += sum;
-    }
     for (int j = 0; j < c; ++j) {
-        int sum = 0;
         for (int i = 0; i < r; ++i) {
-            sum += cell(i, j);
-        }
-        if (sum == 0) continue;
-        usedColumns.push_back(j);
-        columnTotals.push_back(sum);
-    }
-    for (const int j : usedColumns) {
-        for (const int i : usedRows) {
-            table.cells.push_back(cell(i, j));
+            rowTotals[static_cast<std::size_t>(i)] += cell(i, j);
+            columnTotals[static_cast<std::size_t>(j)] += cell(i, j);
+            table.total += cell(i, j);
         }
     }
+    table.cells = counts;  // an empty row or column has cells of 0 only, which weigh nothing
+    std::erase(rowTotals, 0);
+    std::erase(columnTotals, 0);
     if (rowTotals.size() > columnTotals.size()) rowTotals.swap(columnTotals);
     table.rowTotals = rowTotals;
     table.columnTotals = columnTotals;
@@ -101,8 +92,9 @@ int cfexact(int r,
     if (r < 1 || c < 1 || leadingDimension < r || table == nullptr) return fail(kFisherBadSize);
     const auto counts = ReadCounts(r, c, table, leadingDimension);
     if (!counts) return fail(kFisherBadTable);
+    if (counts->total > kLargestTotal) return fail(kFisherWorkLimit);
 
-    const CountTable condensed = Condensed(r, c, *counts);
+    const CountTable condensed = Condensed(r, c, counts->cells);
     if (condensed.rowTotals.size() < 2) return finish(kFisherDone, 1.0, 1.0);
     const bool largerThan2x2 = condensed.columnTotals.size() > 2;
     const NetworkResult result =

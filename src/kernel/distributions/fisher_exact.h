@@ -7,9 +7,10 @@ namespace korvenrg::distributions {
 enum FisherCode : int
 {
     kFisherDone = 0,
-    kFisherBadSize = -1,    ///< no row, no column, a leading dimension below r, or a null array
-    kFisherBadTable = -2,   ///< a cell is negative, NaN or no whole number, or the total is 0 or above 2^30
-    kFisherWorkLimit = -3,  ///< the table needs more work or memory than the limits allow
+    kFisherBadSize = -1,   ///< no row, no column, a leading dimension below r, or a null array
+    kFisherBadTable = -2,  ///< a cell is negative, NaN or no whole number, or the total is 0
+    kFisherWorkLimit =
+        -3,  ///< the table needs more work or memory than the limits allow, or its total is above 1e7
 };
 
 }  // namespace korvenrg::distributions
@@ -23,7 +24,8 @@ enum FisherCode : int
  * 0 and a table larger than 2 x 2 it is their hybrid: once at least one column is taken out, a remaining table for
  * which chi-square is good enough is not looked through; its tail is chi-square. Good enough means Cochran's conditions:
  * no expected count below `emin`, and at least `percent` percent of the expected counts at least `expect`. The usual
- * values are 5, 80 and 1; the p-value is then off by about a percent of itself in tables with large counts. With
+ * values are 5, 80 and 1; the p-value is then off by about a percent of itself in tables with large counts. A table that meets
+ * the conditions as a whole and is too large for the work limits takes chi-square for all of it. With
  * `expect` of 0 or less every table is exact, to about 1e-11 relatively for totals in the thousands.
  *
  * Rows and columns without counts are left out. What then has one row or one column is the only table with its margins:
@@ -35,8 +37,8 @@ enum FisherCode : int
  * @param expect, percent, emin  Cochran's conditions, see above
  * @param pValue            out: the p-value, the missing marker with a negative result code
  * @param tableProbability  out: the probability of the given table itself, or the marker; null when not wanted
- * @return 0, or a FisherCode below 0. The limits are 1e9 steps (some minutes at most) and 3e7 paths (0.5 gigabytes);
- * they depend on nothing but the table.
+ * @return 0, or a FisherCode below 0. The limits are 1e9 steps (about a minute) and 1e7 paths (about 0.6
+ * gigabytes); whether they are reached depends on the table alone.
  */
 int cfexact(int r,
             int c,

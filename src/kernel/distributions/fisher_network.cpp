@@ -18,11 +18,14 @@ namespace {
 /** Tables whose probability exceeds that of the given one by at most this part count as equally probable. */
 constexpr double kTieTolerance = 1E-7;
 
-/** Edges and path extensions after which the test is given up. */
+/** Shares of a column and extensions of paths after which the test is given up. */
 constexpr std::int64_t kMostSteps = 1'000'000'000;
 
 /** Different paths of one stage after which the test is given up: 32 to 64 bytes each. */
 constexpr std::int64_t kMostPaths = 10'000'000;
+
+/** What a node counts against that limit by itself. */
+constexpr std::int64_t kPathsPerNode = 4;
 
 /** log(k!) and log(k/2). */
 class LogTables
@@ -154,20 +157,56 @@ class Network
 
     NetworkResult Run()
     {
-        NodeTable nodes(rows_.size());
-        bool added = false;
-        const double logTotal = LogTotalWeight(rows_, columns_, logs_);
-        Node& root = nodes.FindOrAdd(rows_, added);
-        root.completions.logTotal = logTotal;
-        root.paths.Add(0.0, 1.0);
+        if (FirstStageIsTooLarge() && WholeTableByChiSquare()) return Result();
+        NodeTable nodes = RootAlone();
         for (stage_ = 0; stage_ + 1 < columns_.size(); ++stage_) {
-            if (!RunStage(nodes)) return {};
+            if (RunStage(nodes)) continue;
+            return WholeTableByChiSquare() ? Result() : NetworkResult{};
         }
-        const double pValue = std::min(tail_.Value(), 1.0);
-        return {true, pValue, std::exp(observed_ - logTotal)};
+        return Result();
     }
 
   private:
+    bool Exhausted() const
+    {
+        return steps_ > kMostSteps || pathsOfNext_ > kMostPaths;
+    }
+
+    NetworkResult Result() const
+    {
+        const double probability = std::exp(observed_ - LogTotalWeight(rows_, columns_, logs_));
+        return {true, std::min(tail_.Value(), 1.0), probability};
+    }
+
+    NodeTable RootAlone() const
+    {
+        NodeTable nodes(rows_.size());
+        bool added = false;
+        Node& root = nodes.FindOrAdd(rows_, added);
+        root.completions.logTotal = LogTotalWeight(rows_, columns_, logs_);
+        root.paths.Add(0.0, 1.0);
+        return nodes;
+    }
+
+    // Whether there may be more ways to share the first column out over the rows than steps.
+    bool FirstStageIsTooLarge() const
+    {
+        const double others = static_cast<double>(rows_.size()) - 1.0;
+        return cLogCnk(columns_.front() + others, others) > std::log(static_cast<double>(kMostSteps));
+    }
+
+    // Under a rule that the whole table meets, its p-value by chi-square. False without one.
+    bool WholeTableByChiSquare()
+    {
+        stage_ = 0;
+        const NodeTable nodes = RootAlone();
+        OpenNode(nodes[0], nodes.Totals(0));
+        if (!MeetsRule()) return false;
+        tail_ = {};
+        AddChiSquareTails();
+        return true;
+    }
+
     std::span<const int> ColumnsFrom(std::size_t stage) const
     {
         return std::span(columns_).subspan(stage);
@@ -180,12 +219,12 @@ class Network
         pathsOfNext_ = 0;
         for (std::size_t i = 0; i < nodes.size(); ++i) {
             OpenNode(nodes[i], nodes.Totals(i));
-            if (!MeetsRule()) {
-                TakeRow(0, columns_[stage_], 0.0, 1.0);
-            } else {
+            if (stage_ > 0 && MeetsRule()) {
                 AddChiSquareTails();
+            } else {
+                TakeRow(0, columns_[stage_], 0.0, 1.0);
             }
-            if (steps_ > kMostSteps || pathsOfNext_ > kMostPaths) return false;
+            if (Exhausted()) return false;
             nodes[i].paths = {};
         }
         nodes = std::move(next_);
@@ -210,7 +249,7 @@ class Network
     // Whether the remaining table of the node meets Cochran's conditions. Empty rows are no part of it.
     bool MeetsRule() const
     {
-        if (!rule_.active || stage_ == 0) return false;
+        if (!rule_.active) return false;
         double cells = 0.0;
         double good = 0.0;
         for (const int row : totals_) {
@@ -256,6 +295,8 @@ class Network
     // only descending shares are formed, and `ways` counts their arrangements.
     void TakeRow(std::size_t row, int left, double logWeight, double ways)
     {
+        steps_ += 1;
+        if (Exhausted()) return;
         if (row == totals_.size()) {
             TakeEdge(logWeight, ways);
             return;
@@ -281,21 +322,23 @@ class Network
 
     void TakeEdge(double logWeight, double ways)
     {
-        steps_ += 1;
-        if (steps_ > kMostSteps) return;
         for (std::size_t i = 0; i < totals_.size(); ++i) {
             child_[i] = totals_[i] - taken_[i];
         }
         if (stage_ + 2 == columns_.size()) {  // one column is left, and there is one way to fill it
             const double last = -logs_.SumOfFactorials(child_);
-            const double share = ways * std::exp(logWeight + last - completions_.logTotal);
-            tail_.Add(share * massUpTo_[PathsUpTo(limit_ - logWeight - last)]);
+            const std::size_t count = PathsUpTo(limit_ - logWeight - last);
+            if (count == 0) return;
+            tail_.Add(ways * std::exp(logWeight + last - completions_.logTotal) * massUpTo_[count]);
             return;
         }
         std::sort(child_.begin(), child_.end(), std::greater<>());
         bool added = false;
         Node& child = next_.FindOrAdd(child_, added);
-        if (added) child.completions = CompletionsOfChild();
+        if (added) {
+            child.completions = CompletionsOfChild();
+            pathsOfNext_ += kPathsPerNode;
+        }
         FollowEdge(child, logWeight, ways);
     }
 
@@ -312,9 +355,10 @@ class Network
     // Paths whose completions all count are done, those without any are dropped, the others go on.
     void FollowEdge(Node& child, double logWeight, double ways)
     {
-        const double share = ways * std::exp(logWeight + child.completions.logTotal - completions_.logTotal);
         const std::size_t allCount = PathsUpTo(limit_ - logWeight - child.completions.largest);
         const std::size_t someCount = PathsUpTo(limit_ - logWeight - child.completions.smallest);
+        if (someCount == 0) return;
+        const double share = ways * std::exp(logWeight + child.completions.logTotal - completions_.logTotal);
         tail_.Add(share * massUpTo_[allCount]);
         if (allCount >= someCount) return;
         const auto before = static_cast<std::int64_t>(child.paths.size());

@@ -14,12 +14,12 @@ struct CochranRule
     bool active = false;    ///< false: everything is exact
 };
 
-/** A table without empty rows or columns, and with at most as many rows as columns. */
+/** A table: its totals without empty rows and columns, turned so that it has at most as many rows as columns. */
 struct CountTable
 {
     std::vector<int> rowTotals;
     std::vector<int> columnTotals;
-    std::vector<int> cells;  ///< by columns
+    std::vector<int> cells;  ///< in any order
     int total = 0;
 };
 
@@ -39,10 +39,11 @@ struct NetworkResult
  * paths that all completions count, and their mass is added as a whole, or that none does; only the others go on
  * (Mehta & Patel 1983, "A network algorithm for performing Fisher's exact test in r x c contingency tables"). With an
  * active rule, the paths of a node whose remaining table meets it take the tail of chi-square instead (Mehta & Patel
- * 1986, "A hybrid algorithm for Fisher's exact test in unordered r x c contingency tables"). The whole table is always
- * expanded by its first column.
+ * 1986, "A hybrid algorithm for Fisher's exact test in unordered r x c contingency tables"). The whole table is
+ * expanded by its first column; only when that, or what follows, takes more work than the limits allow, and the whole table
+ * meets the rule, chi-square stands for all of it.
  *
- * The work limit counts edges and paths, so the outcome is the same in every run.
+ * The work limits count steps and paths, so the outcome is the same in every run.
  */
 NetworkResult FisherTail(const CountTable& table, const CochranRule& rule);
 

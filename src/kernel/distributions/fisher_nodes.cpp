@@ -9,6 +9,9 @@ namespace korvenrg::distributions {
 
 namespace {
 
+/** Cells of the grid for a unit of log weight. */
+constexpr double kCellsPerUnit = 1.0 / kSamePath;
+
 std::uint64_t HashOf(std::span<const int> totals)
 {
     std::uint64_t hash = 0;
@@ -25,7 +28,7 @@ std::uint64_t HashOf(std::span<const int> totals)
 // rounding puts equal ones into two cells of the grid, both are kept.
 PastPaths& PathTable::SlotOf(double logWeight)
 {
-    const auto cell = static_cast<std::uint64_t>(std::llround(logWeight / kSamePath));
+    const auto cell = static_cast<std::uint64_t>(static_cast<std::int64_t>(logWeight * kCellsPerUnit));
     const std::size_t mask = slots_.size() - 1;
     std::size_t slot = (cell * 0x9E3779B97F4A7C15) >> shift_;
     while (slots_[slot].mass != 0.0 && std::fabs(slots_[slot].logWeight - logWeight) > kSamePath) {

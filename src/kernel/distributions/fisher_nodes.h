@@ -75,6 +75,10 @@ class NodeTable
     {
         return nodes_[i];
     }
+    const Node& operator[](std::size_t i) const
+    {
+        return nodes_[i];
+    }
     std::span<const int> Totals(std::size_t i) const
     {
         return {totals_.data() + i * rows_, rows_};

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kMostGroups = 256;
 
 /** Groups held on the way; the splits still to come can merge some of them again. */
-constexpr std::size_t kMostGroupsOnTheWay = 4096;
+constexpr std::size_t kMostGroupsOnTheWay = 1024;
 
 /** Whether each row belongs. */
 using Group = std::vector<bool>;
