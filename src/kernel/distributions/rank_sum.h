@@ -16,8 +16,8 @@
  * (u - mean - correction) / sqrt(variance) under the standard normal law; with the continuity correction, 1/2 is taken
  * off the distance from the mean in the direction of the tail.
  *
- * Cells at or below the missing marker and NaN cells are left out; n1 and n2 above are what is left. When one sample is empty, U, its moments and the p-value are the missing marker. When all values are equal the
- * p-value is 1.
+ * Cells at or below the missing marker and NaN cells are left out; n1 and n2 above are what is left. When one sample is
+ * empty, U, its moments and the p-value are the missing marker. When all values are equal the p-value is 1.
  *
  * @param samples        n1 + n2 cells: the first sample, then the second
  * @param n1, n2         sizes of the samples
