@@ -5,7 +5,8 @@
 
 namespace korvenrg::contingency {
 
-/** Rows of the table of statistics. n is the total, r and c the numbers of rows and columns that are not empty. */
+/** Rows of the table of statistics. n is the total, r and c the numbers of rows and columns that are not
+    empty. */
 enum Statistic : int
 {
     kPearson = 1,         ///< sum of (o - e)^2 / e, e = row total * column total / n
@@ -46,16 +47,17 @@ enum ContingencyCode : int
 /**
  * All statistics of a contingency table of counts or sums of weights.
  *
- * Empty rows and columns count nowhere, not in the degrees of freedom either. What is not defined for a table is the
- * missing marker: with one row or column left, Pearson and likelihood ratio are 0 on 0 degrees of freedom without a
- * p-value, and V and T are missing; lambda and tau are when the predicted variable has one category left; gamma
- * when no pair of observations differs in both variables.
+ * Empty rows and columns count nowhere, not in the degrees of freedom either. What is not defined for a table
+ * is the missing marker: with one row or column left, Pearson and likelihood ratio are 0 on 0 degrees of
+ * freedom without a p-value, and V and T are missing; lambda and tau are when the predicted variable has one
+ * category left; gamma when no pair of observations differs in both variables.
  *
- * Measures after Goodman & Kruskal 1954, "Measures of association for cross classifications"; tests as in Agresti 2002,
- * "Categorical Data Analysis".
+ * Measures after Goodman & Kruskal 1954, "Measures of association for cross classifications"; tests as in
+ * Agresti 2002, "Categorical Data Analysis".
  *
  * @param table  r x c, in; cells outside it count as 0
- * @param stats  14 x 3, out; rows Statistic, columns StatisticColumn. Null: created with new; of another size: resized
+ * @param stats  14 x 3, out; rows Statistic, columns StatisticColumn. Null: created with new; of another
+ *               size: resized
  * @return 0, or kBadContingencyTable; all cells of stats are the missing marker then
  */
 int cGetContingencyStats(const matrix<double>* table, int r, int c, matrix<double>*& stats);

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
-#include <numeric>
 #include <span>
 
 #include "kernel/distributions/chi_square.h"
+#include "kernel/distributions/fisher_bounds.h"
 #include "kernel/distributions/fisher_nodes.h"
 #include "kernel/distributions/gamma_functions.h"
 
@@ -26,42 +26,6 @@ constexpr std::int64_t kMostPaths = 10'000'000;
 
 /** What a node counts against that limit by itself. */
 constexpr std::int64_t kPathsPerNode = 4;
-
-/** log(k!) and log(k/2). */
-class LogTables
-{
-  public:
-    LogTables(int total, std::size_t cells)
-        : factorial_(static_cast<std::size_t>(total) + 1), half_(2 * factorial_.size() + cells + 1)
-    {
-        for (std::size_t k = 0; k < factorial_.size(); ++k) {
-            factorial_[k] = GammaLn(static_cast<double>(k) + 1.0);
-        }
-        for (std::size_t k = 1; k < half_.size(); ++k) {
-            half_[k] = std::log(0.5 * static_cast<double>(k));
-        }
-    }
-    double Factorial(int k) const
-    {
-        return factorial_[static_cast<std::size_t>(k)];
-    }
-    double Half(std::size_t k) const
-    {
-        return half_[k];
-    }
-    double SumOfFactorials(std::span<const int> counts) const
-    {
-        double sum = 0.0;
-        for (const int count : counts) {
-            sum += Factorial(count);
-        }
-        return sum;
-    }
-
-  private:
-    std::vector<double> factorial_;
-    std::vector<double> half_;
-};
 
 /** A sum with its rounding errors carried along (Neumaier 1974). */
 class CompensatedSum
@@ -83,59 +47,6 @@ class CompensatedSum
     double correction_ = 0.0;
 };
 
-int SumOf(std::span<const int> counts)
-{
-    return std::accumulate(counts.begin(), counts.end(), 0);
-}
-
-// Sum over tables with these margins of the product of 1/cell!, as a logarithm.
-double LogTotalWeight(std::span<const int> rows, std::span<const int> columns, const LogTables& logs)
-{
-    return logs.Factorial(SumOf(rows)) - logs.SumOfFactorials(rows) - logs.SumOfFactorials(columns);
-}
-
-// Upper bound of the sum of log(cell!) when each total of `lines` is spread over cells of at most `widths`
-// (descending): log x! is convex, so the sum is largest when the widest cells are filled first.
-double CrowdedSum(std::span<const int> lines, std::span<const int> widths, const LogTables& logs)
-{
-    double sum = 0.0;
-    for (int left : lines) {
-        for (std::size_t j = 0; left > 0 && j < widths.size(); ++j) {
-            sum += logs.Factorial(std::min(left, widths[j]));
-            left -= widths[j];
-        }
-    }
-    return sum;
-}
-
-// Lower bound of the sum of log(cell!) over all tables with these margins, rows all positive. For any numbers s(i,j) =
-// u(i) + v(j), the sum of min over x of (log x! - s(i,j) x) plus the sums of u times row totals and v times column
-// totals is one (Lagrange). The minimum is at x = floor(exp s); with exp s = (row + columns/2)(column +
-// rows/2)/(total + cells/2) these x add up to nearly the margins, so the bound is near the best.
-double SpreadSum(std::span<const int> rows, std::span<const int> columns, const LogTables& logs)
-{
-    const std::size_t r = rows.size();
-    const std::size_t c = columns.size();
-    const auto doubled = [](int count) { return 2 * static_cast<std::size_t>(count); };
-    const std::size_t whole = doubled(SumOf(rows)) + r * c;
-    double sum = 0.0;
-    for (const int column : columns) {
-        const std::size_t columnPart = doubled(column) + r;
-        const double v = logs.Half(columnPart) - logs.Half(whole);
-        const double scale = 0.5 * static_cast<double>(columnPart) / static_cast<double>(whole);
-        sum += v * column;
-        for (const int row : rows) {
-            const std::size_t rowPart = doubled(row) + c;
-            const int x = std::min(static_cast<int>(scale * static_cast<double>(rowPart)), row);
-            sum += logs.Factorial(x) - (logs.Half(rowPart) + v) * x;
-        }
-    }
-    for (const int row : rows) {
-        sum += logs.Half(doubled(row) + c) * row;
-    }
-    return sum;
-}
-
 /** The computation for one table. */
 class Network
 {
@@ -148,7 +59,6 @@ class Network
     {
         std::sort(rows_.begin(), rows_.end(), std::greater<>());
         std::sort(columns_.begin(), columns_.end());
-        widest_.assign(columns_.rbegin(), columns_.rend());
         taken_.resize(rows_.size());
         child_.resize(rows_.size());
         observed_ = -logs_.SumOfFactorials(table.cells);
@@ -264,9 +174,9 @@ class Network
         return good * 100.0 >= rule_.percent * cells;
     }
 
-    // Completions count when their conditional log probability is at most x. It is near -(X2 + K)/2 with X2 the
-    // chi-square of the completion, K = df log(2 pi) + (c - 1) sum of log row + (r - 1) sum of log column - (r c -
-    // 1) log total: the multivariate normal density that has the covariance of the counts.
+    // Completions count when their conditional log probability is at most x. It is near -(X2 + K)/2 with X2
+    // the chi-square of the completion, K = df log(2 pi) + (c - 1) sum of log row + (r - 1) sum of log column
+    // - (r c - 1) log total: the multivariate normal density that has the covariance of the counts.
     void AddChiSquareTails()
     {
         double r = 0.0;
@@ -291,8 +201,8 @@ class Network
         }
     }
 
-    // Shares `left` of the column out over the rows from `row` on. Equal row totals are interchangeable: among them
-    // only descending shares are formed, and `ways` counts their arrangements.
+    // Shares `left` of the column out over the rows from `row` on. Equal row totals are interchangeable:
+    // among them only descending shares are formed, and `ways` counts their arrangements.
     void TakeRow(std::size_t row, int left, double logWeight, double ways)
     {
         steps_ += 1;
@@ -336,20 +246,15 @@ class Network
         bool added = false;
         Node& child = next_.FindOrAdd(child_, added);
         if (added) {
-            child.completions = CompletionsOfChild();
+            child.completions = CompletionsOf(RowsInUse(), ColumnsFrom(stage_ + 1), logs_);
             pathsOfNext_ += kPathsPerNode;
         }
         FollowEdge(child, logWeight, ways);
     }
 
-    Completions CompletionsOfChild() const
+    std::span<const int> RowsInUse() const
     {
-        const auto columns = ColumnsFrom(stage_ + 1);
-        const auto firstEmpty = std::find(child_.begin(), child_.end(), 0);
-        const std::span rows(child_.begin(), firstEmpty);
-        const double crowded = std::min(CrowdedSum(rows, std::span(widest_).first(columns.size()), logs_),
-                                        CrowdedSum(columns, rows, logs_));
-        return {LogTotalWeight(rows, columns, logs_), -SpreadSum(rows, columns, logs_), -crowded};
+        return {child_.begin(), std::find(child_.begin(), child_.end(), 0)};
     }
 
     // Paths whose completions all count are done, those without any are dropped, the others go on.
@@ -382,7 +287,6 @@ class Network
     CochranRule rule_;
     std::vector<int> rows_;
     std::vector<int> columns_;  ///< ascending: the stages near the root then have few nodes
-    std::vector<int> widest_;   ///< descending
     LogTables logs_;
     double observed_ = 0.0;
     double limit_ = 0.0;

@@ -14,7 +14,7 @@ struct CochranRule
     bool active = false;    ///< false: everything is exact
 };
 
-/** A table: its totals without empty rows and columns, turned so that it has at most as many rows as columns. */
+/** A table: its totals without empty rows and columns, turned so that it has no more rows than columns. */
 struct CountTable
 {
     std::vector<int> rowTotals;
@@ -33,15 +33,15 @@ struct NetworkResult
 /**
  * P(a table with these margins is at most as probable as the given one), by a network of past paths.
  *
- * A node of stage k is the sorted vector of row totals that are left when k columns are taken out; it keeps the
- * different probabilities of the paths that lead to it, each with the mass of all of them. An edge takes out one more
- * column. From bounds on the most and the least probable completion of the node at its end it follows for most
- * paths that all completions count, and their mass is added as a whole, or that none does; only the others go on
- * (Mehta & Patel 1983, "A network algorithm for performing Fisher's exact test in r x c contingency tables"). With an
- * active rule, the paths of a node whose remaining table meets it take the tail of chi-square instead (Mehta & Patel
- * 1986, "A hybrid algorithm for Fisher's exact test in unordered r x c contingency tables"). The whole table is
- * expanded by its first column; only when that, or what follows, takes more work than the limits allow, and the whole table
- * meets the rule, chi-square stands for all of it.
+ * A node of stage k is the sorted vector of row totals that are left when k columns are taken out; it keeps
+ * the different probabilities of the paths that lead to it, each with the mass of all of them. An edge takes
+ * out one more column. From bounds on the most and the least probable completion of the node at its end it
+ * follows for most paths that all completions count, and their mass is added as a whole, or that none does;
+ * only the others go on (Mehta & Patel 1983, "A network algorithm for performing Fisher's exact test in r x c
+ * contingency tables"). With an active rule, the paths of a node whose remaining table meets it take the tail
+ * of chi-square instead (Mehta & Patel 1986, "A hybrid algorithm for Fisher's exact test in unordered r x c
+ * contingency tables"). The whole table is expanded by its first column; only when that, or what follows,
+ * takes more work than the limits allow, and the whole table meets the rule, chi-square stands for all of it.
  *
  * The work limits count steps and paths, so the outcome is the same in every run.
  */

@@ -24,8 +24,8 @@ std::uint64_t HashOf(std::span<const int> totals)
 
 }  // namespace
 
-// The slot of this weight, or the empty one where it belongs. Weights are looked up by a grid of kSamePath; where
-// rounding puts equal ones into two cells of the grid, both are kept.
+// The slot of this weight, or the empty one where it belongs. Weights are looked up by a grid of kSamePath;
+// where rounding puts equal ones into two cells of the grid, both are kept.
 PastPaths& PathTable::SlotOf(double logWeight)
 {
     const auto cell = static_cast<std::uint64_t>(static_cast<std::int64_t>(logWeight * kCellsPerUnit));

@@ -6,6 +6,8 @@
 #include <span>
 #include <vector>
 
+#include "kernel/distributions/fisher_bounds.h"
+
 namespace korvenrg::distributions {
 
 /** Paths to a node that have the same probability: minus the sum of the log factorials of their cells, and
@@ -44,17 +46,9 @@ class PathTable
     std::size_t size_ = 0;
 };
 
-/** What is known of the completions of a node. */
-struct Completions
-{
-    double logTotal = 0.0;  ///< log of the sum of their weights
-    double largest = 0.0;   ///< upper bound of their log weights
-    double smallest = 0.0;  ///< lower bound of their log weights
-};
-
 struct Node
 {
-    Completions completions;
+    Completions completions;  ///< of what is left of the table there
     PathTable paths;
 };
 

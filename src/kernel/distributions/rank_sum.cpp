@@ -103,8 +103,8 @@ struct ScoreSum
     bool ofFirst = true;       ///< the m scores are the first sample's
 };
 
-// The smaller sample's sum of doubled mid-ranks, moved and divided such that the scores begin at 0 and have no common
-// divisor.
+// The smaller sample's sum of doubled mid-ranks, moved and divided such that the scores begin at 0 and have
+// no common divisor.
 ScoreSum ScoreSumOf(const RankedSamples& ranked)
 {
     ScoreSum result;

@@ -27,10 +27,10 @@ class LogNode
 };
 
 /**
- * All subsets of a list of objects whose size is within limits, numbered from 1: by size, and within a size in
- * the lexicographic order of their positions in the list (1 2, 1 3, 2 3). A leaf is worked out from its number
- * when it is asked for (Buckles & Lybanon 1977, "Algorithm 515: Generation of a vector from the lexicographical
- * index"), so the tree takes no more memory than the list, however many leaves there are.
+ * All subsets of a list of objects whose size is within limits, numbered from 1: by size, and within a size
+ * in the lexicographic order of their positions in the list (1 2, 1 3, 2 3). A leaf is worked out from its
+ * number when it is asked for (Buckles & Lybanon 1977, "Algorithm 515: Generation of a vector from the
+ * lexicographical index"), so the tree takes no more memory than the list, however many leaves there are.
  */
 class LogTree
 {

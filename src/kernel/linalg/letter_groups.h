@@ -6,26 +6,31 @@
 #include "core/matrix.h"
 
 /**
- * Groups of categories such that two categories share a group exactly when their difference is not significant.
+ * Groups of categories such that two categories share a group exactly when their difference is not
+ * significant.
  *
- * Insert and absorb (Piepho 2004, "An algorithm for a letter-based representation of all-pairwise comparisons"): one
- * group of all categories is split by each significant pair, and groups that lie inside another are dropped. The groups
- * are ordered by their members, those that hold the first row first, and called A, B, ..., Z, AA, AB, ...
+ * Insert and absorb (Piepho 2004, "An algorithm for a letter-based representation of all-pairwise
+ * comparisons"): one group of all categories is split by each significant pair, and groups that lie inside
+ * another are dropped. The groups are ordered by their members, those that hold the first row first, and
+ * called A, B, ..., Z, AA, AB, ...
  *
  * A category whose mean is missing takes no part: it gets no letter and its contrasts are not looked at.
  *
- * @param iVect           p x nbcols, in/out: the table of categories, means in column 1; sorted when asked for
- * @param ContrastsStats  p (p - 1) / 2 rows, columns ID1 and ID2: the identifiers of the two categories of a contrast
+ * @param iVect           p x nbcols, in/out: the table of categories, means in column 1; sorted when asked
+ *                        for
+ * @param ContrastsStats  p (p - 1) / 2 rows, columns ID1 and ID2: the identifiers of the two categories of a
+ *                        contrast
  * @param p               number of categories
  * @param Signif          one verdict per contrast: 1 significant, 0 not, -1 not tested
- * @param GTable          p x 256 (or fewer columns), out: cell (i, g) is the letter of group g when row i belongs to it
- *                        and empty otherwise
+ * @param GTable          p x 256 (or fewer columns), out: cell (i, g) is the letter of group g when row i
+ *                        belongs to it and empty otherwise
  * @param pG              out: number of groups, 0 when there is no grouping
  * @param Ranks           p x 1, in/out: identifier of the category in each row; moves with iVect
- * @param iSort           true (-1): the rows of iVect and Ranks are sorted by mean first; false or null: they stay
+ * @param iSort           true (-1): the rows of iVect and Ranks are sorted by mean first; false or null: they
+ *                        stay
  * @param iSortDown       true (-1): descending means, otherwise ascending
- * @return true (-1); false (0) when no grouping could be made: a pair was not tested (verdict -1, or no contrast of
- * it), or there would be more than 256 groups. GTable is empty then.
+ * @return true (-1); false (0) when no grouping could be made: a pair was not tested (verdict -1, or no
+ * contrast of it), or there would be more than 256 groups. GTable is empty then.
  */
 short BuildGroupingForDiffs(matrix<double>* iVect,
                             int nbcols,

@@ -15,8 +15,8 @@
 namespace {
 
 /**
- * Half a key and the place that it came from, in one number: 32 bits of the key above 32 bits of place. Numbers in
- * ascending order are keys in ascending order, equal ones by place.
+ * Half a key and the place that it came from, in one number: 32 bits of the key above 32 bits of place.
+ * Numbers in ascending order are keys in ascending order, equal ones by place.
  */
 using Entry = std::uint64_t;
 using Entries = std::span<Entry>;
@@ -46,8 +46,8 @@ constexpr int kPasses = 3;  // 3 x 11 bits cover 32
 /** Behind every number, in both directions. */
 constexpr std::uint64_t kLast = ~std::uint64_t{0};
 
-// Bits whose unsigned order is the order wanted. Negative numbers have all bits turned, the others the sign bit:
-// unsigned order is then numeric order. Adding 0.0 turns -0 into +0.
+// Bits whose unsigned order is the order wanted. Negative numbers have all bits turned, the others the sign
+// bit: unsigned order is then numeric order. Adding 0.0 turns -0 into +0.
 std::uint64_t OrderedBits(double value, bool descending)
 {
     if (std::isnan(value)) return kLast;
@@ -110,8 +110,8 @@ struct RowOrder
     std::vector<Entry> spare;    ///< as many cells, for the steps that need a second array
 };
 
-// The order of count keys; bitsOf(k) are the ordered bits of the k-th, from 0. Sorted by the upper half of the
-// keys first; runs that have it in common are then sorted by the lower half.
+// The order of count keys; bitsOf(k) are the ordered bits of the k-th, from 0. Sorted by the upper half of
+// the keys first; runs that have it in common are then sorted by the lower half.
 template <typename BitsOf>
 RowOrder SortedKeys(int first, int count, const BitsOf& bitsOf)
 {

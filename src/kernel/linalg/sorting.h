@@ -1,11 +1,11 @@
 /**
  * Sorting of vectors and of the rows of tables.
  *
- * All sorts are stable: rows with equal keys keep their order, also in descending order. The order of doubles is
- * strict: -0 equals +0, and NaN stands last, in ascending and in descending order. Pairs of half a key and its row are
- * sorted by their digits (radix sort from the last digit on: Knuth 1998, "The Art of Computer Programming", vol. 3,
- * 5.2.5), or by comparisons when there are few; no order of the input makes it quadratic. The rows of the tables
- * are moved afterwards, column by column. The work space is 16 bytes a row.
+ * All sorts are stable: rows with equal keys keep their order, also in descending order. The order of doubles
+ * is strict: -0 equals +0, and NaN stands last, in ascending and in descending order. Pairs of half a key and
+ * its row are sorted by their digits (radix sort from the last digit on: Knuth 1998, "The Art of Computer
+ * Programming", vol. 3, 5.2.5), or by comparisons when there are few; no order of the input makes it
+ * quadratic. The rows of the tables are moved afterwards, column by column. The work space is 16 bytes a row.
  *
  * Rows are counted from 1. A range first..last is cut to 1..n; an empty one changes nothing.
  */
@@ -64,8 +64,8 @@ void SortQVector(matrix<T>* vector, int n, int first, int last, short descending
 extern template void SortQVector(matrix<double>*, int, int, int, short);
 extern template void SortQVector(matrix<int>*, int, int, int, short);
 
-/** Sorts the rows of a rows x cols table by column 1, rows equal there by column 2, and so on. `descending` (-1)
-    turns the order of all columns. */
+/** Sorts the rows of a rows x cols table by column 1, rows equal there by column 2, and so on. `descending`
+    (-1) turns the order of all columns. */
 void SortMatrixSeqQ(matrix<int>* table, int rows, int cols, short descending);
 
 namespace korvenrg::linalg {

@@ -39,8 +39,8 @@ double ExactOf(int r, int c, const std::vector<double>& cells)
     return p;
 }
 
-// R takes paths within 1e-7 as one, hence not the last digits. In the hybrid a path that a sharper bound would have
-// decided goes to chi-square here; R's bounds are other ones.
+// R takes paths within 1e-7 as one, hence not the last digits. In the hybrid a path that a sharper bound
+// would have decided goes to chi-square here; R's bounds are other ones.
 TEST(FisherExact, AgreesWithRAndItsHybrid)
 {
     for (const Reference& t : kReferences) {
@@ -147,8 +147,8 @@ TEST(FisherExact, OrderAndEmptyLinesDoNotMatter)
     ExpectClose(spreadP, p, kRoundoff);
 }
 
-// Ten by ten with about a thousand counts, all expected ones near 10: far beyond the limits, so chi-square for the whole, here
-// against Pearson's.
+// Ten by ten with about a thousand counts, all expected ones near 10: far beyond the limits, so chi-square
+// for the whole, here against Pearson's.
 TEST(FisherExact, HybridOfAHugeTableIsChiSquare)
 {
     std::vector<double> cells;

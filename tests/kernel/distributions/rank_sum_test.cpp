@@ -118,8 +118,8 @@ TEST(RankSum, StatisticAndMomentsByHand)
     EXPECT_EQ(shifted.u, 0.0 + 2.0 + 2.0);
 }
 
-// Complete separation of 60 and 40 has the probability 1 / C(100, 40): no digit of it is lost. The tails swap with the
-// samples, ties or not.
+// Complete separation of 60 and 40 has the probability 1 / C(100, 40): no digit of it is lost. The tails swap
+// with the samples, ties or not.
 TEST(RankSum, FarTailsAndMirrors)
 {
     std::vector<double> low;
@@ -152,7 +152,8 @@ TEST(RankSum, DegenerateSamples)
     EXPECT_EQ(RankSumOf({7}, {1}, {.tail = 1}).p, 0.5);
 }
 
-// A limit that has passed before the first step, and a distribution too large for memory: asymptotic, and said so.
+// A limit that has passed before the first step, and a distribution too large for memory: asymptotic, and
+// said so.
 TEST(RankSum, FallsBackToTheAsymptoticForm)
 {
     std::vector<double> x;

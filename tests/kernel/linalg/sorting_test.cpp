@@ -80,8 +80,8 @@ TEST(Sorting, MovesTableCompanionAndKeyInTheRangeOnly)
     EXPECT_EQ(Cells(table), (std::vector<int>{11, 13, 15, 14, 12, 21, 23, 25, 24, 22}));
 }
 
-// Long enough for the digit passes: against the standard library's stable sort, with many ties, all decades, and two
-// thousand keys that differ in their last bits only.
+// Long enough for the digit passes: against the standard library's stable sort, with many ties, all decades,
+// and two thousand keys that differ in their last bits only.
 TEST(Sorting, LongVectorsAgreeWithAStableSort)
 {
     constexpr int kCount = 10000;
@@ -123,7 +123,8 @@ TEST(Sorting, RowsBySeveralColumns)
     EXPECT_EQ(Cells(table), (std::vector<int>{2, 2, 2, 1, 1, 5, 3, 3, 9, 9, 0, -1, -8, 7, 6}));
 }
 
-// Sizes that the tables do not have: nothing outside is touched (for the sanitizers), cells inside stay a permutation.
+// Sizes that the tables do not have: nothing outside is touched (for the sanitizers), cells inside stay a
+// permutation.
 TEST(Sorting, SizesBeyondTheTablesAreHarmless)
 {
     matrix<double> key(3, 1);

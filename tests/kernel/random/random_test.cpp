@@ -62,7 +62,8 @@ double ChiSquare(const std::vector<int>& counts, double expected)
     return sum;
 }
 
-// (chi-square - df) / sqrt(2 df); the sequences are fixed, so a limit of 4 fails for a changed generator alone.
+// (chi-square - df) / sqrt(2 df); the sequences are fixed, so a limit of 4 fails for a changed generator
+// alone.
 double Standardized(const std::vector<int>& counts, double expected)
 {
     const auto df = static_cast<double>(counts.size() - 1);
