@@ -68,15 +68,15 @@ TEST(Eigen, ResidualsStayAtRoundingForEveryKindOfMatrix)
         matrix<double> one(n, n, 0.25);  // rank 1
         ExpectDecomposition(one);
         for (const double scale : {1e300, 1e-300}) {
-            matrix<double> far = IdentityOf(n);
+            matrix<double> scaled = IdentityOf(n);
             for (int i = 1; i < n; ++i) {
-                far.vbset(i, i + 1, 0.5);
-                far.vbset(i + 1, i, 0.5);
+                scaled.vbset(i, i + 1, 0.5);
+                scaled.vbset(i + 1, i, 0.5);
             }
             for (int i = 1; i <= n * n; ++i) {
-                far.vbset(i, far.vbget(i) * scale);
+                scaled.vbset(i, scaled.vbget(i) * scale);
             }
-            ExpectDecomposition(far);
+            ExpectDecomposition(scaled);
         }
     }
 }
