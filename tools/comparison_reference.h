@@ -124,16 +124,21 @@ class ComparisonOracle
             const Number logNear = log1p(-Tail(x + w) / above);
             return (others + 1) * Density(x) * exp(others * log(above)) * -expm1(others * logNear);
         }
+        std::vector<Number> logAbove, logNear;
+        for (const Number& spread : spreads_) {
+            const Number above = Tail(x / spread);
+            logAbove.push_back(log(above));
+            logNear.push_back(log1p(-Tail((x + w) / spread) / above));
+        }
         Number sum = 0;
         for (std::size_t i = 0; i < spreads_.size(); i++) {
-            Number logAbove = 0, logNear = 0;
+            Number othersAbove = 0, othersNear = 0;
             for (std::size_t j = 0; j < spreads_.size(); j++) {
                 if (j == i) continue;
-                const Number above = Tail(x / spreads_[j]);
-                logAbove += log(above);
-                logNear += log1p(-Tail((x + w) / spreads_[j]) / above);
+                othersAbove += logAbove[j];
+                othersNear += logNear[j];
             }
-            sum += Density(x / spreads_[i]) / spreads_[i] * exp(logAbove) * -expm1(logNear);
+            sum += Density(x / spreads_[i]) / spreads_[i] * exp(othersAbove) * -expm1(othersNear);
         }
         return sum;
     }
