@@ -174,11 +174,11 @@ Chance RangeDensity(const ComparisonLaw& law, double w, double x)
     RangeState all;
     for (const auto& [lambda, spread, members] : law.groups) {
         const double z = x / spread;
-        const Chance above = NormalChance(z);
+        const Chance at = NormalChance(z);
         const Chance far = NormalChance(z - w / spread);
-        const double near = z > w / spread ? far.outside - above.outside : above.inside - far.inside;
+        const double near = z > w / spread ? far.outside - at.outside : at.inside - far.inside;
         RangeState one;
-        one.TakeIn(NormalDensity(z) / spread, above.inside, near, far.inside);
+        one.TakeIn(NormalDensity(z) / spread, at.inside, near, far.inside);
         for (int bit = members; bit > 0; bit /= 2) {
             if (bit % 2 == 1) all = Joined(all, one);
             if (bit > 1) one = Joined(one, one);
