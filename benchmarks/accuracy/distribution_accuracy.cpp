@@ -381,7 +381,7 @@ void SweepHypergeometric(Draws& draws, double most, int count, const char* regim
 void SweepComparisons(const char* name, korvenrg::distributions::ComparisonKind kind, bool isEqual)
 {
     using namespace korvenrg::distributions;
-    const int count = isEqual ? 30 : 8;  // the oracle is slow
+    const int count = isEqual ? 20 : 8;  // the oracle is slow
     Draws draws;
     Worst tail, quantile;
     for (int i = 0; i < count; i++) {
