@@ -8,6 +8,7 @@
 #include <boost/math/constants/constants.hpp>
 #include <boost/math/quadrature/gauss.hpp>
 #include <boost/math/special_functions/erf.hpp>
+#include <boost/math/special_functions/expm1.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 #include <cmath>
 #include <vector>
@@ -44,14 +45,13 @@ class ComparisonOracle
     {
         if (std::isinf(df)) return UpperOfNormal(t);
         const Number a = Number(df) / 2;
-        const Number front = 2 * exp(a * log(a) - boost::math::lgamma(a));
+        const Number front = 2 * GammaFront(a);
         const Number centre = -log(1 + t * t / Number(df)) / 2;
         const Number low = centre - std::max(Number(60) / Number(df), Number(10) / sqrt(2 * Number(df)));
         const Number high = log(1 + 14 / sqrt(Number(df)) + 8 / Number(df));
         const Number width = std::min(Number(1), 2 / sqrt(2 * Number(df)));
         return Panels(low, high, width, [&](const Number& y) {
-            const Number square = exp(2 * y);
-            return front * exp(a * (2 * y - square)) * UpperOfNormal(t * sqrt(square));
+            return front * exp(a * (2 * y - boost::math::expm1(Number(2 * y)))) * UpperOfNormal(t * exp(y));
         });
     }
 
@@ -67,6 +67,18 @@ class ComparisonOracle
                                                                          Number(low + i * step),
                                                                          Number(low + (i + 1) * step));
         return sum;
+    }
+
+    /** a^a e^-a / gamma(a), by Stirling's series where the powers would overflow. */
+    static Number GammaFront(const Number& a)
+    {
+        if (a < 100) return exp(a * log(a) - a - boost::math::lgamma(a));
+        const Number square = a * a;
+        const Number delta =
+            (Number(1) / 12 -
+             (Number(1) / 360 - (Number(1) / 1260 - Number(1) / 1680 / square) / square) / square) /
+            a;
+        return sqrt(a / boost::math::constants::two_pi<Number>()) * exp(-delta);
     }
 
     static Number Tail(const Number& z)
@@ -124,16 +136,21 @@ class ComparisonOracle
             const Number logNear = log1p(-Tail(x + w) / above);
             return (others + 1) * Density(x) * exp(others * log(above)) * -expm1(others * logNear);
         }
+        std::vector<Number> logAbove, logNear;
+        for (const Number& spread : spreads_) {
+            const Number above = Tail(x / spread);
+            logAbove.push_back(log(above));
+            logNear.push_back(log1p(-Tail((x + w) / spread) / above));
+        }
         Number sum = 0;
         for (std::size_t i = 0; i < spreads_.size(); i++) {
-            Number logAbove = 0, logNear = 0;
+            Number othersAbove = 0, othersNear = 0;
             for (std::size_t j = 0; j < spreads_.size(); j++) {
                 if (j == i) continue;
-                const Number above = Tail(x / spreads_[j]);
-                logAbove += log(above);
-                logNear += log1p(-Tail((x + w) / spreads_[j]) / above);
+                othersAbove += logAbove[j];
+                othersNear += logNear[j];
             }
-            sum += Density(x / spreads_[i]) / spreads_[i] * exp(logAbove) * -expm1(logNear);
+            sum += Density(x / spreads_[i]) / spreads_[i] * exp(othersAbove) * -expm1(othersNear);
         }
         return sum;
     }

@@ -64,7 +64,8 @@ class Table
 
 // Both sides of every switch of method (40 degrees of freedom and 80, where expansions take over) and
 // non-integers.
-const std::vector<double> kDfs = {0.1, 0.5, 1, 2, 3.25, 7, 15.75, 39.9, 40.1, 79.5, 81, 300, 4321.5, 1e6};
+const std::vector<double> kDfs =
+    {0.01, 0.1, 0.5, 1, 2, 3.25, 7, 15.75, 39.9, 40.1, 79.5, 81, 300, 4321.5, 1e6};
 const std::vector<double> kDeviates =
     {-37, -20, -6.5, -6, -3, -1.25, -0.25, 0.01, 0.5, 1.5, 2.75, 6, 6.5, 20, 37};
 
@@ -96,7 +97,7 @@ void WriteChiSquare(const std::string& folder)
 void WriteFisher(const std::string& folder)
 {
     Table table(folder, "fisher", "F, df1, df2, lower tail, upper tail");
-    const std::vector<double> dfs = {0.1, 1, 3.25, 40.1, 120, 4321.5, 1e6};
+    const std::vector<double> dfs = {0.02, 1, 3.25, 40.1, 120, 4321.5, 1e6};
     for (double df1 : dfs)
         for (double df2 : dfs)
             for (double z : kDeviates) {

@@ -13,6 +13,7 @@ namespace {
 constexpr double kMostLambda = 0.99999;  // beyond, the integrand is too steep for the rule
 constexpr double kSameFactor = 1e-12;    // relative difference of factors that rounding alone makes
 constexpr double kReach = 8.3;           // exp(-kReach^2/2) < 1.1e-15
+constexpr double kBeyondAll = 1e6;       // in standard deviations of a difference: no double holds the tail
 constexpr double kRootHalf = 0.707106781186547524401;
 constexpr double kReciprocalRootTwoPi = 0.398942280401432677940;
 
@@ -173,17 +174,27 @@ Chance RangeDensity(const ComparisonLaw& law, double w, double x)
     RangeState all;
     for (const auto& [lambda, spread, members] : law.groups) {
         const double z = x / spread;
-        const Chance above = NormalChance(z);
+        const Chance at = NormalChance(z);
         const Chance far = NormalChance(z - w / spread);
-        const double near = z > w / spread ? far.outside - above.outside : above.inside - far.inside;
+        const double near = z > w / spread ? far.outside - at.outside : at.inside - far.inside;
         RangeState one;
-        one.TakeIn(NormalDensity(z) / spread, above.inside, near, far.inside);
+        one.TakeIn(NormalDensity(z) / spread, at.inside, near, far.inside);
         for (int bit = members; bit > 0; bit /= 2) {
             if (bit % 2 == 1) all = Joined(all, one);
             if (bit > 1) one = Joined(one, one);
         }
     }
     return {all.within, all.outside};
+}
+
+double WholePower(double base, int exponent)
+{
+    double power = 1;
+    for (int bit = exponent; bit > 0; bit /= 2) {
+        if (bit % 2 == 1) power *= base;
+        base *= base;
+    }
+    return power;
 }
 
 /** The same for k equal means in the closed form. */
@@ -193,7 +204,7 @@ Chance EqualRangeDensity(int k, double w, double x)
     const Chance far = NormalChance(x - w);
     const double near = x > w ? far.outside - below.outside : below.inside - far.inside;
     const Chance others = PowerOf({near / below.inside, far.inside / below.inside}, k - 1);
-    const double front = k * NormalDensity(x) * PowerOf(below, k - 1).inside;
+    const double front = k * NormalDensity(x) * WholePower(below.inside, k - 1);
     return {front * others.inside, front * others.outside};
 }
 
@@ -283,7 +294,9 @@ ComparisonLaw MakeComparisonLaw(ComparisonKind kind, const std::vector<double>& 
 
 double NormalMaximumTail(const ComparisonLaw& law, double t, Side side)
 {
-    if (law.kind != ComparisonKind::kOneSided && t <= 0) return side == Side::kLower ? 0 : 1;
+    const double least = law.kind == ComparisonKind::kOneSided ? -kBeyondAll : 0;
+    if (t <= least) return side == Side::kLower ? 0 : 1;
+    if (t >= kBeyondAll) return side == Side::kLower ? 1 : 0;
     if (side == Side::kUpper && IsCertainlyExceeded(law, t)) return 1;
     return law.kind == ComparisonKind::kRange ? RangeTail(law, t, side) : ControlTail(law, t, side);
 }

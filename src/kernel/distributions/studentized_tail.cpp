@@ -14,7 +14,7 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530717958647693;
 constexpr double kLeastScaleDf = 0.1;   // fewer degrees of freedom count as these
-constexpr double kMostRatio = 1e150;    // of t to sqrt(df); keeps its square finite
+constexpr double kFarRatio = 1e100;     // of t to sqrt(df), from which 1 + ratio^2 is ratio^2
 constexpr double kWidestStep = 0.3;     // first step of the outer rule (tuned)
 constexpr double kStepInSpreads = 1.0;  // the same in spreads of the scale's logarithm (tuned)
 
@@ -49,8 +49,9 @@ class LogScaleDensity
 double TailOverScale(const ComparisonLaw& law, double df, double t, Side side)
 {
     const LogScaleDensity density(df);
-    const double ratio = std::fmin(std::fabs(t) / std::sqrt(df), kMostRatio);
-    const double centre = -0.5 * std::log1p(ratio * ratio);
+    const double ratio = std::fabs(t) / std::sqrt(df);
+    const double centre =
+        ratio < kFarRatio ? -0.5 * std::log1p(ratio * ratio) : 0.5 * std::log(df) - std::log(std::fabs(t));
     const auto integrand = [&](double z) {
         const double decay = std::expm1(-z);
         const double y = centre + 0.5 * (z - decay);

@@ -181,6 +181,8 @@ TEST(ComparisonLaws, EndsAndInvalidArguments)
         EXPECT_EQ(PValue(law, 4, &lambda, 5, HUGE_VAL), 0);
         EXPECT_EQ(PValue(law, 4, &lambda, 5, -HUGE_VAL), 1);
         EXPECT_EQ(PValue(law, 4, &lambda, HUGE_VAL, 60), 0);
+        EXPECT_LT(PValue(law, 4, &lambda, 0.1, 1e308), 1e-29);  // the law of few degrees is that flat
+        EXPECT_GT(PValue(law, 4, &lambda, 0.1, 1e308), 1e-31);
         EXPECT_EQ(CriticalValue(law, 4, &lambda, 5, 1), HUGE_VAL);
         EXPECT_EQ(CriticalValue(law, 4, &lambda, 5, 0), law == 1 ? -HUGE_VAL : 0);
         EXPECT_TRUE(std::isnan(PValue(law, 1, &lambda, 5, 2)));
