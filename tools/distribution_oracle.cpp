@@ -2,9 +2,10 @@
 // Needs Boost (headers only). Arguments stand in hexadecimal, so the oracle and the tests see the same
 // doubles.
 //
-//     g++ -std=c++20 -O2 tools/distribution_oracle.cpp -o distribution_oracle
+//     g++ -std=gnu++20 -O2 tools/distribution_oracle.cpp -o distribution_oracle -lquadmath
 //     ./distribution_oracle tests/reference/distributions
 
+#include <boost/multiprecision/float128.hpp>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -13,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "comparison_reference.h"
 #include "distribution_reference.h"
 
 namespace {
@@ -26,6 +28,7 @@ constexpr const char* kBelowRange = "0";  // stands for a tail below kSmallestTa
 std::string Exact(double value)
 {
     char text[40];
+    if (std::isinf(value)) return "HUGE_VAL";
     std::snprintf(text, sizeof text, "%a", value);
     return text;
 }
@@ -174,6 +177,56 @@ void WriteFunctions(const std::string& folder)
     }
 }
 
+void WriteHypergeometric(const std::string& folder)
+{
+    Table table(folder, "hypergeometric", "t, marked, unmarked, drawn, lower tail, upper tail");
+    const std::vector<std::vector<double>> rows = {{0, 2, 99998, 5},
+                                                   {2, 30, 40, 12},
+                                                   {10, 30, 40, 12},
+                                                   {12, 12, 9, 15},
+                                                   {61, 200, 700, 300},
+                                                   {0, 200, 700, 300},
+                                                   {199, 200, 700, 300},
+                                                   {2499, 5000, 5000, 5000},
+                                                   {2900, 5000, 5000, 5000},
+                                                   {30, 1e6, 9.9e7, 1000},
+                                                   {100400, 1e6, 9e6, 1e6},
+                                                   {101900, 1e6, 9e6, 1e6}};
+    for (const auto& row : rows) {
+        const Tails tails = reference::Hypergeometric(row[0], row[1], row[2], row[3]);
+        table.Row(row, {tails.lower, tails.upper});
+    }
+}
+
+// Factors from the first to the last in equal steps; an equal 1 / sqrt(2) is taken to full precision for the range.
+void WriteComparisons(const std::string& folder)
+{
+    using Quad = boost::multiprecision::float128;
+    using reference::Comparison;
+    Table table(folder,
+                "comparisons",
+                "law (0 range, 1 one-sided, 2 two-sided), k, first and last factor, df, t, upper tail");
+    const double equal = std::sqrt(0.5);
+    const std::vector<std::vector<double>> rows = {{3, equal, equal, 4, 2.5},
+                                                   {5, equal, equal, 20.5, 7},
+                                                   {40, equal, equal, 1000, 3.2},
+                                                   {100, equal, equal, HUGE_VAL, 9},
+                                                   {4, 0.4, 0.8, 12, 3},
+                                                   {3, 0.6, 0.95, HUGE_VAL, 2},
+                                                   {6, 0.3, 0.3, 3, 12}};
+    for (int law = 0; law < 3; law++)
+        for (const auto& row : rows) {
+            const int k = static_cast<int>(row[0]);
+            std::vector<Quad> lambda;
+            for (int i = 0; i < k - 1; i++)
+                lambda.push_back(row[1] + (row[2] - row[1]) / (k > 2 ? k - 2 : 1) * i);
+            if (law == 0 && row[1] == equal) lambda.assign(lambda.size(), 1 / sqrt(Quad(2)));
+            const reference::ComparisonOracle<Quad> oracle(static_cast<Comparison>(law), lambda);
+            table.Row({static_cast<double>(law), row[0], row[1], row[2], row[3], row[4]},
+                      {Real(oracle.Upper(row[3], row[4]))});
+        }
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -188,5 +241,7 @@ int main(int argc, char** argv)
     WriteFisher(folder);
     WriteNormal(folder);
     WriteFunctions(folder);
+    WriteHypergeometric(folder);
+    WriteComparisons(folder);
     return 0;
 }

@@ -135,4 +135,26 @@ inline Tails Student(Real t, Real df)
     return t > 0 ? Tails{near, far} : Tails{far, near};
 }
 
+/** P(X <= t) and P(X > t), each summed by itself from t outward; t within the range of X. */
+inline Tails Hypergeometric(double t, double marked, double unmarked, double drawn)
+{
+    const auto logCombinations = [](const Real& n, const Real& k) {
+        return Real(LogGamma(n + 1) - LogGamma(k + 1) - LogGamma(n - k + 1));
+    };
+    const auto sumFrom = [&](double x, int direction) {
+        const Real k = marked, rest = unmarked, m = drawn;
+        if (x > std::min(marked, drawn)) return Real(0);
+        Real term = exp(logCombinations(k, x) + logCombinations(rest, m - x) - logCombinations(k + rest, m));
+        Real sum = 0, before = 0;
+        for (Real i = x; term > 0 && (term > sum * Real(1e-40) || term > before); i += direction) {
+            sum += term;
+            before = term;
+            term *= direction > 0 ? Real((k - i) * (m - i) / ((i + 1) * (rest - m + i + 1)))
+                                  : Real(i * (rest - m + i) / ((k - i + 1) * (m - i + 1)));
+        }
+        return sum;
+    };
+    return {sumFrom(t, -1), sumFrom(t + 1, 1)};
+}
+
 }  // namespace reference

@@ -29,6 +29,13 @@ double WilsonHilferty(double z, double df)
     return df * root * root * root;
 }
 
+/** Half of chi-square with two degrees of freedom is exponential. */
+TailPair ExponentialTails(TwoDouble h)
+{
+    const double upper = TimesExp(1, Negative(h));
+    return {-std::expm1(-h.high), upper, h.high * upper, 1 - h.high, h.high};
+}
+
 }  // namespace
 
 TailPair ChiSquareTails(TwoDouble x, double df)
@@ -39,6 +46,7 @@ TailPair ChiSquareTails(TwoDouble x, double df)
         const double lower = x.high < df ? 0 : x.high > df ? 1 : 0.5;
         return {lower, 1 - lower, 0, 0, 0};
     }
+    if (df == 2) return ExponentialTails({0.5 * x.high, 0.5 * x.low});
     return GammaTails(0.5 * AtLeastSmallestDf(df), {0.5 * x.high, 0.5 * x.low});
 }
 
@@ -53,6 +61,8 @@ double ChiSquareQuantileStart(TailTarget target, double df)
 double ChiSquareQuantile(TailTarget target, double df)
 {
     if (df >= kPointDf) return df;
+    if (df == 2)
+        return -2 * (target.isLower ? std::log1p(-target.probability) : std::log(target.probability));
     df = AtLeastSmallestDf(df);
     const double start = ChiSquareQuantileStart(target, df);
     return SearchQuantile([df](double x) { return ChiSquareTails({x, 0}, df); }, target, start);

@@ -10,6 +10,7 @@
 #include "kernel/distributions/incomplete_gamma.h"
 #include "kernel/distributions/normal.h"
 #include "kernel/distributions/quantile_search.h"
+#include "kernel/distributions/student.h"
 
 using namespace korvenrg::distributions;
 
@@ -24,10 +25,55 @@ constexpr double kFarStartLog = 10.0;   // |log F| beyond which the normal start
 constexpr double kLeastNormalHalfDf =
     0.75;  // both halves of df above it: the normal start of the quantile (tuned)
 
+TailPair Mirrored(const TailPair& tails)
+{
+    return {tails.upper, tails.lower, tails.weight, -tails.slope, tails.deviance};
+}
+
+/** log of the upper tail of F with 2 and df2 degrees of freedom is minus (df2 / 2) log(1 + 2 F / df2). */
+double PowerTailExponent(double F, double df2)
+{
+    return 0.5 * df2 * std::log1p(2 / df2 * F);
+}
+
+/** Both tails with 2 and df2 degrees of freedom in the closed form, exponent = PowerTailExponent. */
+TailPair TailsOfTwoDf(double F, double df2, double exponent)
+{
+    const double upper = std::exp(-exponent);
+    const double odds = 2 / df2 * F;
+    const double slope = (1 - F) / (1 + odds);
+    return {-std::expm1(-exponent), upper, F / (1 + odds) * upper, slope, exponent};
+}
+
+/** Both tails with 1 and df2 degrees of freedom as those of Student's t = sqrt(F). */
+TailPair TailsOfOneDf(double t, double df2)
+{
+    TailPair tails = FastStudentTails(t, df2);
+    tails.weight *= 0.5;
+    tails.slope *= 0.5;
+    return tails;
+}
+
+/** Whether a closed form or a faster method serves F with df1 = 1 or 2. */
+bool HasShortForm(double F, double df1, double df2)
+{
+    constexpr double kDeepExponent = 20.0;  // beyond, its rounding would show in the tail
+    if (!(F > kLeastOdds && F < kMostOdds)) return false;
+    if (df1 == 2) return PowerTailExponent(F, df2) < kDeepExponent;
+    return df1 == 1 && HasFastStudentTails(std::sqrt(F), df2);
+}
+
+TailPair ShortForm(double F, double df1, double df2)
+{
+    return df1 == 2 ? TailsOfTwoDf(F, df2, PowerTailExponent(F, df2)) : TailsOfOneDf(std::sqrt(F), df2);
+}
+
 /** Both tails for 0 < F < infinity and finite degrees of freedom, with derivatives by log F: df1 F / df2
     are the odds of a beta variable with parameters df1/2 and df2/2 (Abramowitz & Stegun 1964, 26.6.2). */
 TailPair FiniteTails(double F, double df1, double df2)
 {
+    if (HasShortForm(F, df1, df2)) return ShortForm(F, df1, df2);
+    if (HasShortForm(1 / F, df2, df1)) return Mirrored(ShortForm(1 / F, df2, df1));
     const double a = 0.5 * df1;
     const double b = 0.5 * df2;
     const double odds = df1 / df2 * F;
@@ -105,8 +151,19 @@ double QuantileStartLog(double p, double df1, double df2)
     return std::fmin(std::fmax(start, PowerTailLog(p, a, b)), -PowerTailLog(1 - p, b, a));
 }
 
+/** F with 2 and df2 degrees of freedom whose upper tail is exp(-exponent), from the closed form. */
+double QuantileOfTwoDf(double exponent, double df2)
+{
+    return 0.5 * df2 * std::expm1(2 / df2 * exponent);
+}
+
 double FiniteQuantile(double p, double df1, double df2)
 {
+    constexpr double kDeepExponent = 20.0;  // beyond, the rounding of the logarithm would show in the tail
+    const double upperExponent = -std::log1p(-p);
+    if (df1 == 2 && upperExponent < kDeepExponent) return QuantileOfTwoDf(upperExponent, df2);
+    const double lowerExponent = -std::log(p);
+    if (df2 == 2 && lowerExponent < kDeepExponent) return 1 / QuantileOfTwoDf(lowerExponent, df1);
     const double logStart = QuantileStartLog(p, df1, df2);
     if (logStart < -kLogLargest) return 0;
     if (logStart > kLogLargest) return kInfinity;

@@ -21,7 +21,8 @@ constexpr double kShortStirlingStart = 32.0;  // and needs five terms from here
 constexpr double kPolygammaStart = 10.0;      // likewise the asymptotic series of digamma and trigamma
 constexpr double kLogGammaStirling =
     3.0;  // from here (z - 1/2) log z - z + ... loses no digits to cancellation
-constexpr double kGammaStirling = 24.0;  // below it gamma is a product down to 1..2, exact at integers
+constexpr double kLeastRatioStirling = 8.0;  // from here the ratio of two gammas is taken without a shift
+constexpr double kGammaStirling = 24.0;      // below it gamma is a product down to 1..2, exact at integers
 constexpr double kGammaOverflow = 171.7;
 constexpr double kGammaUnderflow = -184.0;  // gamma rounds to 0 below
 constexpr double kTinyForGamma = 1e-16;     // gamma(x) = 1/x to the last digit below
@@ -63,12 +64,6 @@ double StirlingSeries(double z)
         return inverse * (c[0] + square * (c[1] + square * (c[2] + square * (c[3] + square * c[4]))));
     }
     return inverse * Polynomial(kStirlingSeries, square);
-}
-
-/** log gamma(1 + d) for d in 0..1: the zeros at both ends are factored out. */
-double LogGammaOf1Plus(double d)
-{
-    return d * (d - 1) * Polynomial(kLogGammaFrom1, 2 * d - 1);
 }
 
 /** log gamma for x > 0. */
@@ -161,6 +156,23 @@ double ErfcTail(double z)
 }
 
 }  // namespace
+
+// The zeros at both ends are factored out.
+double LogGammaOf1Plus(double d)
+{
+    return d * (d - 1) * Polynomial(kLogGammaFrom1, 2 * d - 1);
+}
+
+// (z - 1/2) log(1 + k/z) + k log(z + k) - k + delta(z + k) - delta(z), every term of the size of k; below
+// kLeastRatioStirling shifted upwards, which leaves less of the rounding of delta.
+double LogGammaRatio(double z, double k)
+{
+    double shift = 0;
+    for (; z < kLeastRatioStirling; z += 1)
+        shift += std::log1p(k / z);
+    const double main = (z - 0.5) * std::log1p(k / z) + k * (std::log(z + k) - 1);
+    return main + (StirlingError(z + k) - StirlingError(z)) - shift;
+}
 
 double StirlingError(double z)
 {
@@ -265,9 +277,7 @@ double derfc(double x)
 }
 
 // With m = n - k: C(n, k) = sqrt(n / (2 pi k m)) (n/k)^k (n/m)^m exp(delta(n) - delta(k) - delta(m)); no
-// large terms cancel. For k below 1 the result itself is of the size of k, so each term has to be: with z = m
-// + 1
-//     log [gamma(z + k) / gamma(z)] = (z - 1/2) log(1 + k/z) + k log(z + k) - k + delta(z + k) - delta(z).
+// large terms cancel. For k below 1 the result itself is of the size of k, so each term has to be.
 double cLogCnk(double n, double k)
 {
     if (std::isnan(n) || std::isnan(k) || n < 0) return kNaN;
@@ -276,11 +286,7 @@ double cLogCnk(double n, double k)
     if (k == 0) return 0;
     if (std::isinf(n)) return kInfinity;
     const double m = n - k;
-    if (k < 1) {
-        const double z = m + 1;
-        const double ratio = (z - 0.5) * std::log1p(k / z) + k * (std::log(z + k) - 1);
-        return ratio + (StirlingError(z + k) - StirlingError(z)) - LogGammaOf1Plus(k);
-    }
+    if (k < 1) return LogGammaRatio(m + 1, k) - LogGammaOf1Plus(k);
     const double powers = k * std::log(n / k) - m * std::log1p(-k / n);
     return powers + 0.5 * std::log(n / (2 * kPi * k * m)) +
            (StirlingError(n) - StirlingError(k) - StirlingError(m));

@@ -39,6 +39,13 @@ double Log1pMinusX(double x);
     1/(12 z). */
 double StirlingError(double z);
 
+/** log gamma(1 + d) for d in 0..1, relative accuracy also beside its zeros 0 and 1. */
+double LogGammaOf1Plus(double d);
+
+/** log [gamma(z + k) / gamma(z)] for z > 0, 0 < k < 1: of the size of k, and relatively accurate for k down to
+    1e-4. */
+double LogGammaRatio(double z, double k);
+
 /** Natural log of the complete beta function B(a, b), a, b > 0, without cancellation between
     large parameters. */
 double LogBeta(double a, double b);

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530717958647693;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kSmallShape = 0.1;           // below it one minus a tail beside 1 would cost digits
 constexpr double kVanishingDeviance = 800.0;  // exp of its negative is 0
 constexpr double kDeepDeviance = 20.0;        // beyond it the exponent is formed in two-doubles (tuned)
 constexpr double kRatioStart = -0.5;          // log(1 + u) is taken from 1 + u itself below
@@ -113,6 +114,24 @@ class BetaSteps
     double inverse_ = 0;  // 1 / (a + 2n - 1)
 };
 
+/** 1 - I_x(a, b) for small a and x below about the mean, where (1 + b) x is at most about 1. With
+        1 + a s = sum_n a (1-b)_n x^n / (n! (a + n)),  L = a log x + log [gamma(a + b) / (gamma(1 + a) gamma(b))]
+    it is -(exp(L) - 1) - exp(L) a s: two terms of the size of the result, as for the incomplete gamma function
+    (Abramowitz & Stegun 1964, 15.1.1 and 26.5.23). */
+double ComplementOfSmallShape(double a, double b, double x)
+{
+    constexpr int kMostTerms = 200;
+    constexpr double kSeriesEnd = 1e-18;
+    double term = 1;
+    double sum = 0;
+    for (int n = 1; n <= kMostTerms && std::fabs(term) > kSeriesEnd; n++) {
+        term *= (n - b) / n * x;
+        sum += term / (a + n);
+    }
+    const double logPower = a * std::log(x) + LogGammaRatio(b, a) - LogGammaOf1Plus(a);
+    return -std::expm1(logPower) - std::exp(logPower) * a * sum;
+}
+
 /** Whether the lower tail is the one to compute: x up to (a + d) / (a + b + 2 d), d = kSideShift. That is
     beyond the mean on the side of the smaller parameter, where the other tail's fraction is slow; the other
     tail is still large enough there to be one minus this one. */
@@ -137,11 +156,15 @@ TailPair BetaTails(double a, double b, const BetaPoint& point)
     if (IsLowerSide(point)) {
         BetaSteps steps(a, b, point.x, point.y, point.belowMean);
         const double lower = weight == 0 ? 0 : AtMostOne(weight * ContinuedFraction(steps));
-        return {lower, 1 - lower, weight, point.belowMean, deviance};
+        const bool isLost = a < kSmallShape && lower > 0.5;
+        const double upper = isLost ? ComplementOfSmallShape(a, b, point.x) : 1 - lower;
+        return {isLost ? 1 - upper : lower, upper, weight, point.belowMean, deviance};
     }
     BetaSteps steps(b, a, point.y, point.x, -point.belowMean);
     const double upper = weight == 0 ? 0 : AtMostOne(weight * ContinuedFraction(steps));
-    return {1 - upper, upper, weight, point.belowMean, deviance};
+    const bool isLost = b < kSmallShape && upper > 0.5;
+    const double lower = isLost ? ComplementOfSmallShape(b, a, point.y) : 1 - upper;
+    return {lower, isLost ? 1 - lower : upper, weight, point.belowMean, deviance};
 }
 
 // I_x(a, b) = x^a / (a B(a, b)) (1 + O(x (1 + b))).

@@ -13,7 +13,8 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530717958647693;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kUpperSideStart = 0.75;      // the upper tail's fraction serves from a + this (tuned)
+constexpr double kUpperSideStart = 0.75;  // the upper tail's fraction serves from a + this (tuned)
+constexpr double kSmallShape = 0.1;       // below it one minus the lower tail would cost the upper one digits
 constexpr double kVanishingDeviance = 800.0;  // exp of its negative is 0
 constexpr double kDeepDeviance = 20.0;        // beyond it the exponent is formed in two-doubles (tuned)
 constexpr double kRatioStart = -0.5;          // log(1 + u) is taken from 1 + u itself below
@@ -95,6 +96,24 @@ class UpperSteps
     double n_ = 0;
 };
 
+/** Q(a, x) for small a and x up to about 1. With 1 + a s = sum_n a (-x)^n / (n! (a + n)) is
+        P = exp(L) (1 + a s),  L = a log x - log gamma(1 + a),
+    so Q = -(exp(L) - 1) - exp(L) a s: two terms of the size of Q. Source: N. M. Temme (1994), A set of
+    algorithms for the incomplete gamma functions. */
+double UpperOfSmallShape(double a, double x)
+{
+    constexpr int kMostTerms = 40;
+    constexpr double kSeriesEnd = 1e-18;
+    double power = 1;
+    double sum = 0;
+    for (int n = 1; n <= kMostTerms && std::fabs(power) > kSeriesEnd; n++) {
+        power *= -x / n;
+        sum += power / (a + n);
+    }
+    const double logPower = a * std::log(x) - LogGammaOf1Plus(a);
+    return -std::expm1(logPower) - std::exp(logPower) * a * sum;
+}
+
 }  // namespace
 
 TailPair GammaTails(double a, TwoDouble x)
@@ -108,6 +127,10 @@ TailPair GammaTails(double a, TwoDouble x)
     if (distance <= kUpperSideStart) {
         LowerSteps steps(a, x.high, distance);
         const double lower = weight == 0 ? 0 : AtMostOne(weight * ContinuedFraction(steps));
+        if (a < kSmallShape && lower > 0.5) {
+            const double upper = UpperOfSmallShape(a, x.high);
+            return {1 - upper, upper, weight, -distance, deviance};
+        }
         return {lower, 1 - lower, weight, -distance, deviance};
     }
     UpperSteps steps(a, distance);

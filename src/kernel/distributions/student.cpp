@@ -12,6 +12,15 @@
 
 using namespace korvenrg::distributions;
 
+namespace korvenrg::distributions {
+
+bool HasFastStudentTails(double t, double df)
+{
+    return df == 1 || df == 2 || HasStudentExpansion(t, df);
+}
+
+}  // namespace korvenrg::distributions
+
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -21,10 +30,32 @@ constexpr double kMostOdds = 1e200;
 constexpr double kCentralStart = 0.25;   // for tails above it the probability between 0 and t is inverted
 constexpr double kPowerTailOdds = 30.0;  // t^2 / df from which the tail's power law starts the search (tuned)
 
+/** The closed form for one degree of freedom: P(|T| > t) = 2/pi atan(1/t). */
+TailPair CauchyTails(double t)
+{
+    constexpr double kTwoOverPi = 0.636619772367581343076;
+    const double weight = kTwoOverPi / (t + 1 / t);
+    return {kTwoOverPi * std::atan(t),
+            kTwoOverPi * std::atan(1 / t),
+            weight,
+            (1 / t - t) / (t + 1 / t),
+            -std::log(weight)};
+}
+
+/** The closed form for two: P(|T| <= t) = t / r with r^2 = 2 + t^2, and 1 - t / r = 2 / (r (r + t)). */
+TailPair TailsOfTwoDf(double t)
+{
+    const double r = std::hypot(1.41421356237309504880, t);
+    const double weight = 2 * (t / r) / r / r;
+    return {t / r, 2 / r / (r + t), weight, 1 - 3 * (t / r) * (t / r), -std::log(weight)};
+}
+
 /** P(|T| <= t) and P(|T| > t) for 0 < t < infinity and finite df, with derivatives by log t: t^2 / df are
     the odds of a beta variable with parameters 1/2 and df/2 (Abramowitz & Stegun 1964, 26.7.1). */
 TailPair TwoSidedTails(double t, double df)
 {
+    if (df == 1) return CauchyTails(t);
+    if (df == 2) return TailsOfTwoDf(t);
     if (HasStudentExpansion(t, df)) return StudentTailsByExpansion(t, df);
     const double odds = t / df * t;
     TailPair tails;
@@ -80,9 +111,18 @@ double QuantileStart(double tail, double df)
     return start / df * start < kPowerTailOdds ? start : std::exp(PowerTailLog(2 * tail, df));
 }
 
+/** The quantile of one degree of freedom, cot(pi tail). */
+double CauchyQuantile(double tail)
+{
+    constexpr double kPi = 3.14159265358979323846;
+    return tail > kCentralStart ? std::tan(kPi * (0.5 - tail)) : 1 / std::tan(kPi * tail);
+}
+
 /** t > 0 with P(T > t) = tail, 0 < tail < 1/2. */
 double QuantileOfTail(double tail, double df)
 {
+    if (df == 1) return CauchyQuantile(tail);
+    if (df == 2) return (1 - 2 * tail) / std::sqrt(2 * tail * (1 - tail));
     if (df >= kInfiniteDf) return -InvCDFNormalStd(tail);
     const bool isCentral = tail > kCentralStart;
     const TailTarget target = {2 * (isCentral ? 0.5 - tail : tail), isCentral};
@@ -90,6 +130,15 @@ double QuantileOfTail(double tail, double df)
 }
 
 }  // namespace
+
+namespace korvenrg::distributions {
+
+TailPair FastStudentTails(double t, double df)
+{
+    return TwoSidedTails(t, df);
+}
+
+}  // namespace korvenrg::distributions
 
 double CDFStudent(double t, double df, short lower)
 {

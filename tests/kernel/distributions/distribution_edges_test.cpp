@@ -80,6 +80,15 @@ TEST(DistributionEdges, EndsOfTheDomains)
         EDGE(InvCDFFisher(0.3, kInf, kInf), 1),
         EDGE(InvCDFFisher(1e-300, 0.1, 4), 0),
 
+        EDGE(CDFHyperG(-1, 3, 4, 5), 0),
+        EDGE(CDFHyperG(0, 3, 4, 5), 0),  // one of the three is always drawn
+        EDGE(CDFHyperG(0, 3, 4, 5, 0), 1),
+        EDGE(CDFHyperG(3, 3, 4, 5), 1),
+        EDGE(CDFHyperG(kInf, 3, 4, 5, 0), 0),
+        EDGE(CDFHyperG(0, 0, 0, 0), 1),
+        EDGE(CDFHyperG(1, 2, 2, 2), CDFHyperG(0.99999999, 2, 2, 2)),
+        EDGE(CDFHyperG(1, 2, 2, 2), CDFHyperG(1.9, 2, 2, 2)),
+
         EDGE(GammaLn(0), kInf),
         EDGE(GammaLn(-3), kInf),
         EDGE(GammaLn(kInf), kInf),
@@ -146,6 +155,12 @@ TEST(DistributionEdges, InvalidArgumentsGiveNaN)
         EDGE(InvCDFFisher(2, 3, 4), 0),
         EDGE(InvCDFFisher(0.5, 0, 4), 0),
         EDGE(InvCDFFisher(0.5, 4, kNaN), 0),
+        EDGE(CDFHyperG(kNaN, 3, 4, 5), 0),
+        EDGE(CDFHyperG(1, -3, 4, 5), 0),
+        EDGE(CDFHyperG(1, 3, kNaN, 5), 0),
+        EDGE(CDFHyperG(1, 3, 4, 8), 0),
+        EDGE(CDFHyperG(1, kInf, 4, 5), 0),
+        EDGE(CDFHyperG(1, 9e15, 9e15, 5), 0),
         EDGE(GammaLn(kNaN), 0),
         EDGE(GammaFunction(-1), 0),
         EDGE(GammaFunction(kNaN), 0),

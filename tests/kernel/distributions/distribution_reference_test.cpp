@@ -55,6 +55,16 @@ struct BinomialRow
     double value;
 };
 
+struct HypergeometricRow
+{
+    double t;
+    double marked;
+    double unmarked;
+    double drawn;
+    double lower;
+    double upper;
+};
+
 constexpr OneDfRow kStudent[] = {
 #include "reference/distributions/student.inc"
 };
@@ -87,6 +97,9 @@ constexpr PointRow kErfc[] = {
 };
 constexpr BinomialRow kLogBinomial[] = {
 #include "reference/distributions/log_binomial.inc"
+};
+constexpr HypergeometricRow kHypergeometric[] = {
+#include "reference/distributions/hypergeometric.inc"
 };
 
 void ExpectTail(double actual, double expected)
@@ -134,6 +147,17 @@ TEST(DistributionReference, NormalTails)
         ExpectTail(CDFNormalStd(z), lower);
         ExpectTail(CDFNormalStd(z, 0), upper);
         ExpectTail(pValNormalStd(z), upper);
+    }
+}
+
+TEST(DistributionReference, HypergeometricTails)
+{
+    for (const auto& [t, marked, unmarked, drawn, lower, upper] : kHypergeometric) {
+        SCOPED_TRACE(testing::Message()
+                     << "t " << t << " of " << marked << ", " << unmarked << ", " << drawn);
+        ExpectTail(CDFHyperG(t, marked, unmarked, drawn), lower);
+        ExpectTail(CDFHyperG(t, marked, unmarked, drawn, 0), upper);
+        ExpectTail(CDFHyperG(t, drawn, marked + unmarked - drawn, marked), lower);  // the table transposed
     }
 }
 
