@@ -261,6 +261,98 @@ KORVENRG_API int GetXModelSize(
 );
 
 /**
+ * Number of combinations of the levels of n factors.
+ *
+ * Returns the product of the n sizes; 1 for n below 1. A product that no int holds gives the nearest int.
+ */
+KORVENRG_API int NumberNuplets(
+    int n,           /**< [in] number of factors */
+    int* SampleSizes /**< [in; n] number of levels of each */
+);
+
+/**
+ * Full factorial: every combination of the levels of n factors, one a row. The first column changes slowest. Nothing is
+ * written when a size is below 1 or no int holds the number of rows.
+ */
+KORVENRG_API void GenerateNuplets(
+    int* oNUplets,   /**< [out; N x n, N = product of the sizes] levels from 1 */
+    int n,           /**< [in] number of factors */
+    int* SampleSizes /**< [in; n] number of levels of each */
+);
+
+/**
+ * Says which variables of a factor are nested in others.
+ *
+ * Returns -1 when the nesting matrix has a variable of the factor nested in another, 0 otherwise.
+ */
+KORVENRG_API VARIANT_BOOL Cpp_GetNestedVars(
+    int i,               /**< [in] the factor */
+    int pX,              /**< [in] number of quantitative variables */
+    int pQ,              /**< [in] number of qualitative variables */
+    int NbFactors,       /**< [in] number of factors */
+    int Interlevel,      /**< [in] highest number of variables in one factor; below 1: nothing is done */
+    int* iFactListVars,  /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* iFactNestedMat, /**< [in; pQ x pQ] cell (a, b) is 1 when qualitative variable a is nested in b */
+    int* oFNested,       /**< [out; Interlevel] each variable of the factor as its number among the qualitative ones,
+                              0 in place of one that another is nested in; quantitative ones and empty places are
+                              below 1 */
+    int* oFNesting       /**< [out; Interlevel] number of the variable that another is nested in, in its own place;
+                              the other places stay */
+);
+
+/**
+ * Tests the nesting factor of a type table against the mean square of the nested one: its F and Pr > F are written
+ * anew. Both are missing when that mean square is at most 2.220446049250313E-16. Nothing changes when the nesting
+ * factor, or the factor that joins the two, is not active.
+ */
+KORVENRG_API void Cpp_NestedTypeTable(
+    double* ioSSTable, /**< [inout; iNbFactors x 5] type table, one row per active factor; DF, sum of squares, mean
+                            square, F, Pr > F */
+    int iNbFactors,    /**< [in] number of factors */
+    int iInterlevel,   /**< [in] highest number of variables in one factor */
+    int* iFactActive,  /**< [in; iNbFactors] 1: the factor has a row */
+    int* iFactNested,  /**< [in; 2] the nested variable and the one it is nested in, whose main effect is tested; the
+                            row of the factor whose first two variables are these, in either order, gives the error */
+    int* iFactListVars /**< [in; iNbFactors x iInterlevel] variables of each factor */
+);
+
+/**
+ * Flags the columns of qualitative interactions whose combination of categories has no observation. Columns are counted
+ * as in BuildModelTable2, with the categories of each variable in the order of their characters' codes; a category
+ * without observations counts behind the others.
+ *
+ * Returns the number of columns flagged.
+ */
+KORVENRG_API int Cpp_GetMissingInteractions(
+    BSTR* q,           /**< [in; n x pQ] qualitative variables */
+    int n,             /**< [in] number of observations */
+    int NbFactors,     /**< [in] number of factors */
+    int pX,            /**< [in] number of quantitative variables */
+    int pQ,            /**< [in] number of qualitative variables */
+    int Interlevel,    /**< [in] highest number of variables in one factor */
+    int* NbCat,        /**< [in; pQ] number of categories of each qualitative variable */
+    int* FactType,     /**< [in; NbFactors] type of each factor */
+    int* FactListVars, /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,   /**< [in; NbFactors] number of variables of each factor */
+    int* FactActive,   /**< [in; NbFactors] 1: the factor has columns */
+    int* oMissing      /**< [inout; GetXModelSize columns: 1 where the column's combination of categories has no
+                            observation] 0 for the other columns of these interactions; the columns of all other
+                            factors stay */
+);
+
+/**
+ * Says whether a group of interaction cells is filled in part. At each cell of frequency 0 one neighbour of the same
+ * group is looked at: the cell before it, or, when that belongs to another group or does not exist, the one behind it.
+ *
+ * Returns -1 when such a neighbour has a frequency above 0, 0 otherwise and for an empty list.
+ */
+KORVENRG_API VARIANT_BOOL Cpp_CheckInteractions(
+    int* FactNbVars,     /**< [in; *n] group of each cell; cells of a group stand together */
+    double* Frequencies, /**< [in; *n] frequency of each cell */
+    int* n               /**< [in; 1] number of cells */
+);
+
+/**
  * Applies a fit of RunOLS1 to new rows: predictions with standard errors and intervals, and, for a validation sample,
  * residuals, Cook's distances and column 2 of the fit table.
  *
