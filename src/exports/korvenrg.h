@@ -263,6 +263,184 @@ KORVENRG_API int GetXModelSize(
     int* FactActive    /**< [in; NbFactors] 1: the factor gets columns */
 );
 
+/**
+ * Number of combinations of the levels of n factors.
+ *
+ * Returns the product of the n sizes; 1 for n below 1. A product that no int holds gives the nearest int.
+ */
+KORVENRG_API int NumberNuplets(
+    int n,           /**< [in] number of factors */
+    int* SampleSizes /**< [in; n] number of levels of each */
+);
+
+/**
+ * Full factorial: every combination of the levels of n factors, one a row. The first column changes slowest. Nothing is
+ * written when a size is below 1 or no int holds the number of rows.
+ */
+KORVENRG_API void GenerateNuplets(
+    int* oNUplets,   /**< [out; N x n, N = product of the sizes] levels from 1 */
+    int n,           /**< [in] number of factors */
+    int* SampleSizes /**< [in; n] number of levels of each */
+);
+
+/**
+ * Says which variables of a factor are nested in others.
+ *
+ * Returns -1 when the nesting matrix has a variable of the factor nested in another, 0 otherwise.
+ */
+KORVENRG_API VARIANT_BOOL Cpp_GetNestedVars(
+    int i,               /**< [in] the factor */
+    int pX,              /**< [in] number of quantitative variables */
+    int pQ,              /**< [in] number of qualitative variables */
+    int NbFactors,       /**< [in] number of factors */
+    int Interlevel,      /**< [in] highest number of variables in one factor; below 1: nothing is done */
+    int* iFactListVars,  /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* iFactNestedMat, /**< [in; pQ x pQ] cell (a, b) is 1 when qualitative variable a is nested in b */
+    int* oFNested,       /**< [out; Interlevel] each variable of the factor as its number among the qualitative ones,
+                              0 in place of one that another is nested in; quantitative ones and empty places are
+                              below 1 */
+    int* oFNesting       /**< [out; Interlevel] number of the variable that another is nested in, in its own place;
+                              the other places stay */
+);
+
+/**
+ * Tests the nesting factor of a type table against the mean square of the nested one: its F and Pr > F are written
+ * anew. Both are missing when that mean square is at most 2.220446049250313E-16. Nothing changes when the nesting
+ * factor, or the factor that joins the two, is not active.
+ */
+KORVENRG_API void Cpp_NestedTypeTable(
+    double* ioSSTable, /**< [inout; iNbFactors x 5] type table, one row per active factor; DF, sum of squares, mean
+                            square, F, Pr > F */
+    int iNbFactors,    /**< [in] number of factors */
+    int iInterlevel,   /**< [in] highest number of variables in one factor */
+    int* iFactActive,  /**< [in; iNbFactors] 1: the factor has a row */
+    int* iFactNested,  /**< [in; 2] the nested variable and the one it is nested in, whose main effect is tested; the
+                            row of the factor whose first two variables are these, in either order, gives the error */
+    int* iFactListVars /**< [in; iNbFactors x iInterlevel] variables of each factor */
+);
+
+/**
+ * Flags the columns of qualitative interactions whose combination of categories has no observation. Columns are counted
+ * as in BuildModelTable2, with the categories of each variable in the order of their characters' codes; a category
+ * without observations counts behind the others.
+ *
+ * Returns the number of columns flagged.
+ */
+KORVENRG_API int Cpp_GetMissingInteractions(
+    BSTR* q,           /**< [in; n x pQ] qualitative variables */
+    int n,             /**< [in] number of observations */
+    int NbFactors,     /**< [in] number of factors */
+    int pX,            /**< [in] number of quantitative variables */
+    int pQ,            /**< [in] number of qualitative variables */
+    int Interlevel,    /**< [in] highest number of variables in one factor */
+    int* NbCat,        /**< [in; pQ] number of categories of each qualitative variable */
+    int* FactType,     /**< [in; NbFactors] type of each factor */
+    int* FactListVars, /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,   /**< [in; NbFactors] number of variables of each factor */
+    int* FactActive,   /**< [in; NbFactors] 1: the factor has columns */
+    int* oMissing      /**< [inout; GetXModelSize columns: 1 where the column's combination of categories has no
+                            observation] 0 for the other columns of these interactions; the columns of all other
+                            factors stay */
+);
+
+/**
+ * Says whether a group of interaction cells is filled in part. At each cell of frequency 0 one neighbour of the same
+ * group is looked at: the cell before it, or, when that belongs to another group or does not exist, the one behind it.
+ *
+ * Returns -1 when such a neighbour has a frequency above 0, 0 otherwise and for an empty list.
+ */
+KORVENRG_API VARIANT_BOOL Cpp_CheckInteractions(
+    int* FactNbVars,     /**< [in; *n] group of each cell; cells of a group stand together */
+    double* Frequencies, /**< [in; *n] frequency of each cell */
+    int* n               /**< [in; 1] number of cells */
+);
+
+/**
+ * Applies a fit of RunOLS1 to new rows: predictions with standard errors and intervals, and, for a validation sample,
+ * residuals, Cook's distances and column 2 of the fit table.
+ *
+ * A prediction row counts as one of weight 1. For a validation row of weight w, leverage h, and d the part of h that
+ * the columns bring, the error of the mean prediction is sqrt(h MSE / w), with d in place of h when the intercept is
+ * fixed; the studentised residual is e / sqrt((1 + h) MSE / w); Cook's distance is that of a row added to the fit.
+ * Where the fit has no MSE, or a validation row has the weight 0, the cells that need it are missing.
+ *
+ * Column 2 of the fit table, by row: 1 sum of Wc, 2 sum of Wc * Wr, 3 row 1 less the parameters of the fit, 4 squared
+ * rank correlation of response and prediction under Wc, 5 missing, 6 sum of squared errors / row 3, 7 its square root
+ * (both missing when row 3 is not above 0). The other rows stay.
+ *
+ * A negative nPred or p: nothing is done.
+ */
+KORVENRG_API void OLSPredict(
+    int n,                       /**< [in] ignored */
+    int nPred,                   /**< [in] number of new rows */
+    int p,                       /**< [in] number of coded columns */
+    int pFinal,                  /**< [in] number of columns in the model; 0: each prediction is the intercept */
+    double* XPred,               /**< [in; nPred x p] coded columns of the new rows */
+    double* iCoeffs,             /**< [in; p+1] oRCoeffs of the fit, the intercept last */
+    double alpha,                /**< [in] 1 less the level of the intervals */
+    VARIANT_BOOL InterceptFixed, /**< [in] -1: the intercept was fixed */
+    int* ioFactSubRemoved,       /**< [in; p] states of the columns after the fit; those in state 0 have leverage */
+    double* oStDevYPred,         /**< [out; nPred x 6] standard error of the mean, its bounds; of an observation, its
+                                      bounds */
+    double* RTilda,              /**< [in; (p+1) x (p+1)] oRMat of the fit */
+    double* Mean,                /**< [in; p+1] oMean of the fit */
+    double* Stdev,               /**< [in; p+1] oStDev of the fit; a pair of columns whose product is at most 1E-12
+                                      sets the leverage of the pairs before it to 0 */
+    double* Wc,                  /**< [in; nPred] case weights; read for a validation sample only */
+    double* Wr,                  /**< [in; nPred] regression weights; read for a validation sample only */
+    double* oYPred,              /**< [out; nPred] predictions */
+    VARIANT_BOOL iIsValid,       /**< [in] -1: the rows are a validation sample; otherwise the last four arrays are
+                                      not touched, and ioFitCoeffs stays */
+    double* ioFitCoeffs,         /**< [inout; 15 x 2] oFitCoeffs of the fit; column 1 is read, column 2 written */
+    double* iYValid,             /**< [in; nPred] response of the validation rows */
+    double* oResiduals,          /**< [out; nPred x 3] raw, standardised, studentised */
+    double* oCooksD,             /**< [out; nPred] Cook's distance */
+    double* oAdjPredValid        /**< [out; nPred] the predictions again */
+);
+
+/**
+ * Completes the PRESS statistics of a fit table of 16 cells: cell 15 is cell 14 squared times cell 3, and cell 16 is 1
+ * - cell 15 / total sum of squares. Cell 15 is missing when cell 3 is not above 0 or cell 14 is missing; cell 16 then
+ * too, and when the total is not above 0.
+ *
+ * Returns 0.
+ */
+KORVENRG_API int Cpp_UpdateGOF(
+    double* ANOVATable, /**< [in; 3 x 5] the total sum of squares, cell (3, 2), is read */
+    double* FitCoeffs   /**< [inout; 16] 3 degrees of freedom and 14 root mean squared PRESS are read, 15 PRESS and
+                             16 Q squared written */
+);
+
+/**
+ * Total line and residuals of repeated measures in a model without fixed effects.
+ */
+KORVENRG_API void Cpp_NoFixedComput(
+    int n,             /**< [in] number of rows */
+    int p,             /**< [in] number of measures */
+    double* iY,        /**< [in; n x p] measures */
+    double* oBetTable, /**< [out; 5] cell 1: n - 1; cell 2: sum of squares of the row sums about their mean; the rest
+                            stays */
+    double* oResMat    /**< [out; n x p] each measure less the mean of its column */
+);
+
+/**
+ * Replaces the variance of each contrast of two categories by the one that these two groups give alone, instead of the
+ * pooled error: var(response) (1 - r^2) / var(first) / (2m - 2), with m = n / p rounded down, the rows of a group in a
+ * balanced table, r the correlation of the response with the indicator of the second group, and first the indicator of
+ * the first. Rows of the two groups beyond 2m are left out.
+ */
+KORVENRG_API void Cpp_ModifyStdDev(
+    int n,                   /**< [in] number of observations */
+    int NbContrasts,         /**< [in] number of contrasts */
+    int p,                   /**< [in] number of categories */
+    double* ioContrastsStat, /**< [inout; NbContrasts x 10] columns 9 and 10: numbers of the two categories; column
+                                  2: the variance, written; missing when m is at most 1 or the first group is empty */
+    double* iX,              /**< [in; n x p] 0/1 indicators of the categories */
+    double* iY,              /**< [in; n] response */
+    double* iW               /**< [in; n] weights; those of the first 2m observations count, whichever rows the
+                                  groups hold */
+);
+
 #ifdef __cplusplus
 }
 #endif

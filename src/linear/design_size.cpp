@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "kernel/linalg/qualitative.h"
+#include "linear/design_size.h"
 #include "linear/design_table.h"
 #include "linear/factor_description.h"
 
@@ -10,9 +11,10 @@ namespace {
 
 constexpr std::int64_t kMost = std::numeric_limits<int>::max();
 
-using korvenrg::linear::kQualitative;
+}  // namespace
 
-// Columns of one factor: the product of the category counts of its qualitative variables.
+namespace korvenrg::linear {
+
 std::int64_t ColumnsOfFactor(int f,
                              int pX,
                              const matrix<int>& nbCat,
@@ -32,7 +34,7 @@ std::int64_t ColumnsOfFactor(int f,
     return columns;
 }
 
-}  // namespace
+}  // namespace korvenrg::linear
 
 int cGetXModelSize(int NbFactors,
                    int pX,
@@ -47,7 +49,9 @@ int cGetXModelSize(int NbFactors,
     std::int64_t size = 0;
     for (int f = 1; f <= NbFactors; ++f) {
         if (FactActive->vbget(f) != 1) continue;
-        size = std::min(size + ColumnsOfFactor(f, pX, *NbCat, *FactType, *FactListVars, *FactNbVars), kMost);
+        size = std::min(
+            size + korvenrg::linear::ColumnsOfFactor(f, pX, *NbCat, *FactType, *FactListVars, *FactNbVars),
+            kMost);
     }
     return static_cast<int>(size);
 }

@@ -47,6 +47,15 @@ enum FitCol
     kFitValidation
 };
 
+/** A fit table of 16 cells whose PRESS statistics are completed afterwards. */
+enum CompletedFitStatistic
+{
+    kCompletedDf = 3,
+    kCompletedPressRmse = 14,
+    kCompletedPress,
+    kCompletedQSquared
+};
+
 /** oStdevCoeffs, (p + 1) x 6 with the intercept first, and oBetaCoeffs, p x 6. */
 enum ParameterCol
 {
@@ -87,6 +96,22 @@ enum TypeTableCol
     kTypeF,
     kTypeP,
     kTypeCols = kTypeP
+};
+
+/** ioContrastsStat, NbContrasts x 10: what the repair of a contrast's variance reads and writes. */
+enum ContrastCol
+{
+    kContrastVariance = 2,
+    kContrastFirstCategory = 9,
+    kContrastSecondCategory = 10,
+    kContrastCols = kContrastSecondCategory
+};
+
+/** oBetTable, 1 x 5. */
+enum BetweenCol
+{
+    kBetweenDf = 1,
+    kBetweenSumOfSquares
 };
 
 /** oModels, 2p x (NbFactors + 12): four cells, one indicator per factor, then the statistics. */

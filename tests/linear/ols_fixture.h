@@ -63,6 +63,15 @@ struct Table
     }
 };
 
+inline Vector CellsOf(const Table& table)
+{
+    Vector cells;
+    for (int c = 1; c <= table.cols; ++c)
+        for (const double cell : table.Column(c))
+            cells.push_back(cell);
+    return cells;
+}
+
 struct OlsProblem
 {
     int n = 0, p = 0, interlevel = 1;
