@@ -91,10 +91,33 @@ void SortByDigits(Entries entries, Entries spare)
     if (from.data() != entries.data()) std::copy(from.begin(), from.end(), entries.begin());
 }
 
+bool DescendsByKey(Entries entries)
+{
+    const auto isHigher = [](Entry a, Entry b) { return HalfKey(a) > HalfKey(b); };
+    return std::is_sorted(entries.begin(), entries.end(), isHigher);
+}
+
+// Turns a descending order round; entries of equal keys keep the order of their places.
+void TurnRound(Entries entries)
+{
+    std::reverse(entries.begin(), entries.end());
+    for (auto start = entries.begin(); start != entries.end();) {
+        const std::uint32_t key = HalfKey(*start);
+        const auto end =
+            std::find_if(start, entries.end(), [key](Entry entry) { return HalfKey(entry) != key; });
+        std::reverse(start, end);
+        start = end;
+    }
+}
+
 // Sorts entries that stand in the order of their places.
 void SortHalfKeys(Entries entries, Entries spare)
 {
     if (std::is_sorted(entries.begin(), entries.end())) return;
+    if (DescendsByKey(entries)) {
+        TurnRound(entries);
+        return;
+    }
     if (entries.size() < kFewEntries) {
         std::sort(entries.begin(), entries.end());
     } else {

@@ -80,6 +80,14 @@ TEST(Sorting, MovesTableCompanionAndKeyInTheRangeOnly)
     EXPECT_EQ(Cells(table), (std::vector<int>{11, 13, 15, 14, 12, 21, 23, 25, 24, 22}));
 }
 
+// Keys that descend, in steps of one, of rounding, and not at all.
+TEST(Sorting, DescendingKeysTurnRoundStably)
+{
+    const double keys[] = {3, 2 + 2e-15, 2 + 1e-15, 2, 2, 1, 1, 1, -4};
+    EXPECT_EQ(korvenrg::linalg::SortedOrder(keys, 9, false), (std::vector<int>{8, 5, 6, 7, 3, 4, 2, 1, 0}));
+    EXPECT_EQ(korvenrg::linalg::SortedOrder(keys, 9, true), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8}));
+}
+
 // Long enough for the digit passes: against the standard library's stable sort, with many ties, all decades,
 // and two thousand keys that differ in their last bits only.
 TEST(Sorting, LongVectorsAgreeWithAStableSort)
