@@ -1,17 +1,13 @@
-/** Tables that R scripts wrote below tests/reference, and their comparison with what the doors write. */
+/** Cases that R wrote: data, options and expected tables. */
 #pragma once
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <sstream>
-#include <string>
-#include <vector>
 
-#include "ols_fixture.h"
+#include "design_fixture.h"
 
 namespace linear_test {
 
@@ -99,6 +95,37 @@ inline void ExpectTable(const Table& actual,
     static std::map<std::string, double> all;
     all[name] = std::max(all[name], worst);
     ::testing::Test::RecordProperty(std::string("worst_") + name, std::to_string(std::log10(all[name])));
+}
+
+inline DesignProblem DesignOf(const Case& c)
+{
+    DesignProblem d;
+    const Reference &x = c["x"], &q = c["q"], &factors = c["factors"];
+    d.model.n = c["y"].rows;
+    d.constraint = static_cast<int>(c["options"].Numbers()[0]);
+    d.w = c["wc"].Numbers();
+    for (int j = 1; j <= x.cols; ++j) {
+        d.model.x.push_back(x.Column(j));
+        d.labelX.push_back(L"x" + std::to_wstring(j));
+    }
+    for (int j = 1; j <= q.cols; ++j) {
+        d.labelQ.push_back(L"q" + std::to_wstring(j));
+        d.model.q.emplace_back();
+        d.categories.emplace_back();
+        for (double code : q.Column(j))
+            d.model.q.back().push_back(L"level" + std::to_wstring(static_cast<int>(code)));
+        const int levels = static_cast<int>(c["levels"].Numbers()[At(j)]);
+        for (int k = 1; k <= levels; ++k)
+            d.categories.back().push_back(L"level" + std::to_wstring(k));
+    }
+    for (int f = 1; f <= factors.rows; ++f) {
+        const auto cell = [&](int col) { return static_cast<int>(factors.Column(col)[At(f)]); };
+        d.type.push_back(cell(1));
+        d.factors.emplace_back();
+        for (int v = 1; v <= cell(2); ++v)
+            d.factors.back().push_back(cell(2 + v));
+    }
+    return d;
 }
 
 }  // namespace linear_test
