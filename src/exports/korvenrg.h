@@ -399,6 +399,55 @@ KORVENRG_API void OLSPredict(
 );
 
 /**
+ * The report of RunOLS1 for a polynomial or mixture design whose predictions, coefficients and swept matrix were
+ * computed elsewhere.
+ *
+ * The design has T terms: the p variables, their squares, and so on to the highest degree, then with iInteract2 the
+ * products of variables 1 and 2, 1 and 3, ..., 2 and 3, ..., and the constant, which stands last in iRCoeffs and where
+ * the response stands in iRMat, iMean and iStDev. A term is in the model when its diagonal cell of iRMat is below 0.
+ * The model has T - iMixedDesign parameters, one of them for the mean of the response. The error is the weighted sum of
+ * squared errors of the points of the fit; Cp is that of the model beside itself. Points outside the fit get the
+ * validation statistics of OLSPredict, and column 2 of the fit table is written for them; without such points it stays.
+ *
+ * Returns 0. A negative p or iPolydegree, or no point of the fit: nothing is done.
+ */
+KORVENRG_API int Cpp_OLSStats(
+    int n,                        /**< [in] number of points */
+    int p,                        /**< [in] number of variables */
+    double* Y,                    /**< [in; n] response */
+    double* X,                    /**< [in; n x p] variables */
+    double* W,                    /**< [in; n] case weights */
+    double* iYPred,               /**< [in; n] predictions */
+    double* iPointType,           /**< [in; n] 1.0: a point of the fit; otherwise of the validation sample */
+    double* iRCoeffs,             /**< [in; T] coefficients of the terms, the intercept last */
+    double* iRMat,                /**< [in; T x T] swept correlation matrix of the terms and, last, the response; its
+                                       lower triangle is read */
+    double* iMean,                /**< [in; T] means of the terms and of the response */
+    double* iStDev,               /**< [in; T] standard deviations in the same order */
+    int iPolydegree,              /**< [in] highest power of the variables */
+    int iMixedDesign,             /**< [in] parameters less than terms: 1 for a mixture design, whose variables add
+                                       to a constant, else 0 */
+    VARIANT_BOOL iInteract2,      /**< [in] -1: with the products of two variables */
+    VARIANT_BOOL iInterceptFixed, /**< [in] -1: the intercept was fixed */
+    double iTolerance,            /**< [in] ignored */
+    double alpha,                 /**< [in] 1 less the level of the intervals */
+    double* oFitCoeffs,           /**< [out; 15 x 2] rows as in RunOLS1 */
+    double* oANOVATable,          /**< [out; 3 x 5] rows model, error, corrected total; columns DF, sum of squares,
+                                       mean square, F, Pr > F */
+    double* oCoeffs,              /**< [out; T] the coefficients again */
+    double* oStdevCoeffs,         /**< [out; T x 6] row 1 intercept, row i+1 term i: value, standard error, t, Pr >
+                                       |t|, lower bound, upper bound */
+    double* oBetaCoeffs,          /**< [out; (T-1) x 6] the same for the standardised coefficients, no intercept */
+    double* oVarCovCoef,          /**< [out; T x T] covariance of the coefficients, intercept last; row and column of
+                                       a fixed intercept stay */
+    double* oStDevYPred,          /**< [out; n x 6] standard error of the mean, its bounds; of an observation, its
+                                       bounds */
+    double* oResiduals,           /**< [out; n x 3] raw, standardised, studentised; the last stays at leverage 1 */
+    double* oCooksD,              /**< [out; n] Cook's distance; stays at leverage 1 */
+    double* oAdjPred              /**< [out; n] leave-one-out prediction; outside the fit the prediction */
+);
+
+/**
  * Completes the PRESS statistics of a fit table of 16 cells: cell 15 is cell 14 squared times cell 3, and cell 16 is 1
  * - cell 15 / total sum of squares. Cell 15 is missing when cell 3 is not above 0 or cell 14 is missing; cell 16 then
  * too, and when the total is not above 0.

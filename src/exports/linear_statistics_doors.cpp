@@ -2,7 +2,7 @@
 #include "exports/marshalling.h"
 #include "linear/fit_updates.h"
 #include "linear/ols_predict.h"
-#include "linear/ols_tables.h"
+#include "linear/ols_stats.h"
 
 using korvenrg::exports::adopted;
 using korvenrg::exports::copied;
@@ -53,6 +53,63 @@ void OLSPredict(int n,
                 adopted(oResiduals, nPred, 3),
                 adopted(oCooksD, nPred, 1),
                 adopted(oAdjPredValid, nPred, 1));
+}
+
+int Cpp_OLSStats(int n,
+                 int p,
+                 double* Y,
+                 double* X,
+                 double* W,
+                 double* iYPred,
+                 double* iPointType,
+                 double* iRCoeffs,
+                 double* iRMat,
+                 double* iMean,
+                 double* iStDev,
+                 int iPolydegree,
+                 int iMixedDesign,
+                 VARIANT_BOOL iInteract2,
+                 VARIANT_BOOL iInterceptFixed,
+                 [[maybe_unused]] double iTolerance,
+                 double alpha,
+                 double* oFitCoeffs,
+                 double* oANOVATable,
+                 double* oCoeffs,
+                 double* oStdevCoeffs,
+                 double* oBetaCoeffs,
+                 double* oVarCovCoef,
+                 double* oStDevYPred,
+                 double* oResiduals,
+                 double* oCooksD,
+                 double* oAdjPred)
+{
+    const int terms = korvenrg::linear::CountTerms(p, iPolydegree, iInteract2);
+    return OLSStats(n,
+                    p,
+                    copied(Y, n, 1),
+                    copied(X, n, p),
+                    copied(W, n, 1),
+                    copied(iYPred, n, 1),
+                    copied(iPointType, n, 1),
+                    copied(iRCoeffs, terms, 1),
+                    copied(iRMat, terms, terms),
+                    copied(iMean, terms, 1),
+                    copied(iStDev, terms, 1),
+                    iPolydegree,
+                    iMixedDesign,
+                    iInteract2,
+                    iInterceptFixed,
+                    alpha,
+                    copiedBack(oFitCoeffs, 15, 2),
+                    copiedBack(oANOVATable, 3, 5),
+                    copiedBack(oCoeffs, terms, 1),
+                    copiedBack(oStdevCoeffs, terms, 6),
+                    copiedBack(oBetaCoeffs, terms - 1, 6),
+                    copiedBack(oVarCovCoef, terms, terms),
+                    copiedBack(oStDevYPred, n, 6),
+                    copiedBack(oResiduals, n, 3),
+                    copiedBack(oCooksD, n, 1),
+                    copiedBack(oAdjPred, n, 1));
 }
 
 int Cpp_UpdateGOF(double* ANOVATable, double* FitCoeffs)

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "prediction_fixture.h"
-#include "reference_tables.h"
+#include "reference_cases.h"
 
 namespace linear_test {
 namespace {
