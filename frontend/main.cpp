@@ -94,8 +94,8 @@ void AddSelectionOptions(CLI::App& command, Options& options)
         ->check(CLI::Validator(CheckProbability, "", ""));
 }
 
-/** Refuses options that the selection does not use. */
-void CheckSelectionOptions(const CLI::App& command, const Options& options)
+/** Refuses options that do not go together. */
+void CheckCombinations(const CLI::App& command, const Options& options)
 {
     struct Use
     {
@@ -112,6 +112,8 @@ void CheckSelectionOptions(const CLI::App& command, const Options& options)
         if (command.get_option(use.option)->count() > 0 && !use.selections.contains(options.selection))
             throw CLI::ValidationError(use.option, fmt::format("belongs to --selection {}", use.owners));
     }
+    if (options.intercept && options.types && *options.types->rbegin() != SumsType::kSequential)
+        throw CLI::ValidationError("--type", "2 and 3 need an intercept that is estimated");
     if (options.maxTerms && *options.maxTerms < options.minTerms)
         throw CLI::ValidationError("--max-vars", "is below --min-vars");
 }
@@ -161,9 +163,11 @@ void AddModelOptions(CLI::App& command, Options& options)
         .add_option_function<std::string>(
             "--type",
             [&options](const std::string& text) { options.types = ParseTypes(text); },
-            "sums of squares of each term: 1 in their order, 2 given all that do not contain it, 3 in full; "
-            "one or "
-            "several, as 1,3 [3 for anova with several terms]")
+            "sums of squares of each term: 1 given those before it in the table (numeric columns, then "
+            "categories, then "
+            "interactions), 2 given all that do not contain it, 3 given all; one or several, as 1,3 [3 for "
+            "anova with "
+            "several terms]")
         ->check(CLI::Validator(CheckTypes, "", ""));
     command.add_option("--validate",
                        options.validatedRows,
@@ -219,7 +223,7 @@ int Main(int argc, char** argv)
 
     try {
         app.parse(argc, argv);
-        CheckSelectionOptions(anova->parsed() ? *anova : *regress, options);
+        CheckCombinations(anova->parsed() ? *anova : *regress, options);
     } catch (const CLI::Success& request) {
         return app.exit(request);
     } catch (const CLI::ParseError& error) {
