@@ -272,7 +272,10 @@ Design SubsetOf(const Design& design, const Fit& search)
 Fit FitBestSubset(const ModelData& data, const Design& design, std::vector<double> info)
 {
     const Fit search = RunFit(data, FittedColumns(design), info);
-    if (search.bestModel == 0) throw UserError("no subset of --min-vars to --max-vars terms can be chosen");
+    if (search.bestModel == 0) {
+        throw UserError(
+            "no subset of --min-vars to --max-vars terms can be chosen (Cp never chooses all terms)");
+    }
     const Design subset = SubsetOf(design, search);
     info[kMethod - 1] = static_cast<double>(Selection::kNone);
     Fit fit = RunFit(data, subset, std::move(info));
@@ -288,6 +291,11 @@ Fit FitBestSubset(const ModelData& data, const Design& design, std::vector<doubl
 
 Fit FitModel(const ModelData& data, const Design& design, const Options& options)
 {
+    const auto terms = std::count(design.factorActive.begin(), design.factorActive.end(), 1);
+    if (options.selection == Selection::kBest && options.minTerms > terms) {
+        throw UserError(
+            fmt::format("--min-vars {} is more than the terms of the model, {}", options.minTerms, terms));
+    }
     const std::set<SumsType> types = options.types.value_or(std::set<SumsType>{});
     std::vector<double> info = OptionVector(options);
     info[kTypeOne - 1] = types.contains(SumsType::kSequential) ? 1.0 : 0.0;

@@ -438,7 +438,8 @@ class Refusals(InFolder):
                 (data, [*self.MODEL, "--predict", self.write("z\n1\n", "z.csv")], "--predict: there is no column"),
                 (data, [*self.MODEL, "--predict", self.write("x\nb\n", "b.csv")], "--predict: column 'x' must be"),
                 (data, [*self.MODEL, "--predict", self.write("x\nNA\n", "n.csv")], "none of the rows is usable"),
-                (data, [*self.MODEL, "--selection", "best", "--min-vars", "2"], "no subset of --min-vars"),
+                (data, [*self.MODEL, "--selection", "best", "--min-vars", "2"], "--min-vars 2 is more than"),
+                (data, [*self.MODEL, "--selection", "best", "--criterion", "cp"], "no subset of --min-vars"),
         ):
             with self.subTest(arguments=arguments):
                 out = self.folder / "out"
