@@ -85,6 +85,7 @@ std::string CsvText(const ResultTable& table)
 {
     std::string text;
     AppendText(text, table.labelHead);
+    if (!table.textHead.empty()) AppendText(text.append(","), table.textHead);
     for (const ResultTable::Column& column : table.columns) {
         text.push_back(',');
         AppendText(text, column.head);
@@ -92,6 +93,7 @@ std::string CsvText(const ResultTable& table)
     text.append(table.hasNotes ? ",Note\n" : "\n");
     for (const ResultTable::Row& row : table.rows) {
         AppendText(text, row.label);
+        if (!table.textHead.empty()) AppendText(text.append(","), row.text);
         for (double cell : row.cells)
             text.append(IsMissing(cell) ? "," : fmt::format(",{:.17g}", cell));
         if (table.hasNotes) text.push_back(',');

@@ -143,4 +143,37 @@ std::optional<double> NumberOf(const std::string& cell)
     return value;
 }
 
+std::vector<std::size_t> CompleteRows(const CsvTable& table, const std::vector<std::size_t>& columns)
+{
+    std::vector<std::size_t> rows;
+    for (std::size_t r = 0; r < table.rows; ++r) {
+        const bool complete = std::none_of(columns.begin(), columns.end(), [&](std::size_t column) {
+            return IsMissingCell(table.columns[column][r]);
+        });
+        if (complete) rows.push_back(r);
+    }
+    return rows;
+}
+
+std::vector<double> NumbersOf(const CsvTable& table,
+                              std::size_t column,
+                              const std::vector<std::size_t>& rows,
+                              const std::string& hint)
+{
+    const std::vector<std::string>& cells = table.columns[column];
+    for (std::size_t r = 0; r < cells.size(); ++r) {
+        if (!IsMissingCell(cells[r]) && !NumberOf(cells[r])) {
+            throw UserError(fmt::format("column '{}' must be numeric: data row {} holds '{}'{}",
+                                        table.names[column],
+                                        r + 1,
+                                        cells[r],
+                                        hint));
+        }
+    }
+    std::vector<double> values;
+    for (std::size_t r : rows)
+        values.push_back(*NumberOf(cells[r]));
+    return values;
+}
+
 }  // namespace korvenrg::frontend

@@ -30,6 +30,16 @@ bool IsMissingCell(const std::string& cell);
 /** The finite decimal number that the whole cell spells, if it does. */
 std::optional<double> NumberOf(const std::string& cell);
 
+/** Rows (from 0) without a missing cell in the columns. */
+std::vector<std::size_t> CompleteRows(const CsvTable& table, const std::vector<std::size_t>& columns);
+
+/** The numbers of the column in the rows (from 0). Throws UserError, with the hint at its end, when any cell of the
+ * column is neither a number nor missing. */
+std::vector<double> NumbersOf(const CsvTable& table,
+                              std::size_t column,
+                              const std::vector<std::size_t>& rows,
+                              const std::string& hint = "");
+
 }  // namespace korvenrg::frontend
 
 #endif

@@ -51,6 +51,11 @@ Categories::Categories(const ModelData& data)
     if (counts.empty()) counts.push_back(0);
 }
 
+std::size_t RowCount(const std::optional<NewRows>& rows)
+{
+    return rows ? rows->rows.size() : 0;
+}
+
 /** Columns of the model in floating point, where no product of category counts overflows. */
 double CountColumns(const ModelData& data)
 {
@@ -72,7 +77,8 @@ double CountColumns(const ModelData& data)
 /** No array of a run may have more elements than an int counts. */
 void CheckSizes(const ModelData& data)
 {
-    const double n = static_cast<double>(data.rows.size());
+    const double n = static_cast<double>(
+        std::max({data.rows.size(), RowCount(data.validation), RowCount(data.prediction)}));
     const double p = CountColumns(data);
     const double factors = static_cast<double>(data.factors.size());
     const double variables = static_cast<double>(data.quantitative.size() + data.qualitative.size());
@@ -137,6 +143,34 @@ void CountColumnsByFactor(Design& design)
     }
 }
 
+/** Variables of rows outside the fit, in the shapes of the doors. */
+struct NewRowArrays
+{
+    NewRowArrays(const std::optional<NewRows>& rows, const ModelData& data);
+
+    VARIANT_BOOL wanted;
+    int count;
+    std::vector<double> quantitative;  ///< count x pX
+    TextArray qualitative;             ///< count x pQ
+};
+
+NewRowArrays::NewRowArrays(const std::optional<NewRows>& rows, const ModelData& data)
+    : wanted(rows ? VARIANT_TRUE : VARIANT_FALSE),
+      count(static_cast<int>(RowCount(rows))),
+      qualitative(RowCount(rows) * data.qualitative.size())
+{
+    if (rows) {
+        for (const std::vector<double>& column : rows->quantitative)
+            quantitative.insert(quantitative.end(), column.begin(), column.end());
+        std::size_t cell = 0;
+        for (const std::vector<std::string>& column : rows->qualitative) {
+            for (const std::string& category : column)
+                qualitative.Set(cell++, category);
+        }
+    }
+    quantitative.resize(std::max<std::size_t>(1, quantitative.size()));
+}
+
 /** What the builders read and write besides the design, in the shapes of the doors. */
 struct BuilderArrays
 {
@@ -159,8 +193,8 @@ struct BuilderArrays
     std::vector<int> cleaned;               ///< p
     std::vector<int> nestedPair;            ///< 2
     std::vector<int> nesting;               ///< factors x factors
-    std::vector<double> noNumbers;
-    TextArray noText{1};
+    NewRowArrays validation;
+    NewRowArrays prediction;
     int columnsMade = 0;
     int columnsLeft = 0;
 };
@@ -172,7 +206,9 @@ BuilderArrays::BuilderArrays(const ModelData& data)
       categories(data),
       quantitativeNames(data.quantitative.size() + static_cast<std::size_t>(categories.total)),
       qualitativeNames(data.qualitative.size()),
-      weights(data.weights)
+      weights(data.weights),
+      validation(data.validation, data),
+      prediction(data.prediction, data)
 {
     const std::size_t n = data.rows.size();
     for (std::size_t v = 0; v < data.quantitative.size(); ++v) {
@@ -198,7 +234,6 @@ void BuilderArrays::Reserve(const Design& design)
     cleaned.assign(p, 0);
     nestedPair.assign(2, 0);
     nesting.assign(factors * factors, 0);
-    noNumbers.assign(std::max<std::size_t>(1, p), 0.0);
     columnsMade = design.columns;
 }
 
@@ -245,17 +280,17 @@ void MultiplyCodedEffects(BuilderArrays& a, Constraint constraint, Design& desig
                     a.categories.counts.data(),
                     a.categories.names.data(),
                     a.categories.frequencies.data(),
-                    VARIANT_FALSE,
-                    a.noNumbers.data(),
-                    a.noText.data(),
-                    0,
-                    VARIANT_FALSE,
-                    a.noNumbers.data(),
-                    a.noText.data(),
-                    0,
+                    a.validation.wanted,
+                    a.validation.quantitative.data(),
+                    a.validation.qualitative.data(),
+                    a.validation.count,
+                    a.prediction.wanted,
+                    a.prediction.quantitative.data(),
+                    a.prediction.qualitative.data(),
+                    a.prediction.count,
                     design.table.data(),
-                    a.noNumbers.data(),
-                    a.noNumbers.data(),
+                    design.validation.data(),
+                    design.prediction.data(),
                     &a.columnsMade);
     CountColumnsByFactor(design);
 }
@@ -293,17 +328,17 @@ void MultiplyIndicators(BuilderArrays& a, Constraint constraint, Design& design)
                      a.categories.counts.data(),
                      a.categories.names.data(),
                      a.categories.frequencies.data(),
-                     VARIANT_FALSE,
-                     a.noNumbers.data(),
-                     a.noText.data(),
-                     0,
-                     VARIANT_FALSE,
-                     a.noNumbers.data(),
-                     a.noText.data(),
-                     0,
+                     a.validation.wanted,
+                     a.validation.quantitative.data(),
+                     a.validation.qualitative.data(),
+                     a.validation.count,
+                     a.prediction.wanted,
+                     a.prediction.quantitative.data(),
+                     a.prediction.qualitative.data(),
+                     a.prediction.count,
                      design.table.data(),
-                     a.noNumbers.data(),
-                     a.noNumbers.data(),
+                     design.validation.data(),
+                     design.prediction.data(),
                      &a.columnsMade,
                      &a.columnsLeft);
 }
@@ -314,6 +349,8 @@ void CallBuilder(const ModelData& data, Constraint constraint, Design& design)
     design.columns = CountDesignColumns(arrays, design);
     const auto p = static_cast<std::size_t>(design.columns);
     design.table.assign(data.rows.size() * p, 0.0);
+    design.validation.assign(std::max<std::size_t>(1, RowCount(data.validation) * p), 0.0);
+    design.prediction.assign(std::max<std::size_t>(1, RowCount(data.prediction) * p), 0.0);
     design.parents.assign(p, 0);
     design.frequencies.assign(p, 0.0);
     design.states.assign(p, 0);

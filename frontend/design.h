@@ -14,6 +14,7 @@ enum ColumnState : int
 {
     kCandidate = -1,
     kInModel = 0,
+    kExcluded = 1,
     kDroppedByConstraint = 40000,
     kConstant = 50000,
     kRefusedByTolerance = 60000
@@ -34,6 +35,8 @@ struct Design
     std::vector<int> factorNbColumns;  ///< factors
 
     std::vector<double> table;         ///< n x p
+    std::vector<double> validation;    ///< validation rows x p, coded like the table
+    std::vector<double> prediction;    ///< prediction rows x p
     std::vector<std::string> labels;   ///< p
     std::vector<int> parents;          ///< p, factor numbers
     std::vector<double> frequencies;   ///< p

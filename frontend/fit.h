@@ -43,11 +43,18 @@ struct NumberTable
 
 struct Fit
 {
-    Fit(std::size_t n, std::size_t p);
+    Fit(std::size_t n, std::size_t p, std::size_t factors);
 
-    std::vector<int> states;  ///< p, see ColumnState
-    NumberTable statistics;   ///< 15 x 2
-    NumberTable anova;        ///< 3 x 5: model, error, total; DF, sum of squares, mean square, F, Pr > F
+    std::vector<int> states;        ///< p, see ColumnState
+    std::vector<int> factorActive;  ///< factors, 1 for those in the model
+    int columnsInModel = 0;
+    NumberTable models;   ///< 2p x (factors + 12), see SelectionColumn
+    int bestModel = 0;    ///< row of the best subset, from 1
+    NumberTable typeOne;  ///< a row for each term that was asked for, in order; columns as anova
+    NumberTable typeTwo;
+    NumberTable typeThree;
+    NumberTable statistics;  ///< 15 x 2
+    NumberTable anova;       ///< 3 x 5: model, error, total; DF, sum of squares, mean square, F, Pr > F
     NumberTable
         parameters;  ///< (p + 1) x 6, intercept first: value, standard error, t, Pr > |t|, lower, upper
     NumberTable standardised;   ///< p x 6, the same columns
@@ -57,10 +64,31 @@ struct Fit
     NumberTable residuals;      ///< n x 3: raw, standardised, studentised
     NumberTable cooksDistance;  ///< n x 1
     NumberTable leaveOneOut;    ///< n x 1
+
+    NumberTable
+        rawCoefficients;     ///< p + 1 of the fitted columns; with the next three what a prediction needs
+    NumberTable swept;       ///< (p + 1) x (p + 1)
+    NumberTable means;       ///< p + 1
+    NumberTable deviations;  ///< p + 1
 };
+
+/** Positions in a row of the models, from 0: a selection's step, or its best subset of one size. The statistics
+ * stand behind one indicator for each factor. */
+enum SelectionColumn : std::size_t
+{
+    kStepNumber = 0,
+    kStepColumns = 1,
+    kStepMove = 2,
+    kStepFactor = 3,
+    kFirstIndicator = 4
+};
+inline constexpr std::size_t kModelStatistics = 8;
 
 /** Throws UserError when no column can enter the model. */
 Fit FitModel(const ModelData& data, const Design& design, const Options& options);
+
+/** Regression weights of mean 1 over the rows of the fit; the same factor for other rows. */
+std::vector<double> ScaledWeights(const ModelData& data, std::vector<double> weights);
 
 }  // namespace korvenrg::frontend
 

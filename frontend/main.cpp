@@ -11,9 +11,15 @@
 #include <exception>
 #include <map>
 #include <new>
+#include <optional>
+#include <set>
+#include <utility>
 
 #include "csv_output.h"
+#include "new_rows.h"
+#include "prediction.h"
 #include "report.h"
+#include "term_tables.h"
 #include "user_error.h"
 
 namespace korvenrg::frontend {
@@ -32,6 +38,84 @@ std::string CheckProbability(const std::string& text)
 std::string CheckFinite(const std::string& text)
 {
     return NumberOf(text) ? "" : fmt::format("{} is not a number", text);
+}
+
+/** 1,2,3 or any of them; none for other text. */
+std::optional<std::set<SumsType>> ParseTypes(const std::string& text)
+{
+    std::set<SumsType> types;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isDigit = text[i] >= '1' && text[i] <= '3';
+        if (i % 2 == 0 ? !isDigit : text[i] != ',') return std::nullopt;
+        if (i % 2 == 0) types.insert(static_cast<SumsType>(text[i] - '0'));
+    }
+    if (text.size() % 2 == 0) return std::nullopt;
+    return types;
+}
+
+std::string CheckTypes(const std::string& text)
+{
+    return ParseTypes(text) ? "" : fmt::format("{} is none of 1, 2, 3 nor a list of them", text);
+}
+
+void AddSelectionOptions(CLI::App& command, Options& options)
+{
+    static const std::map<std::string, Selection> kSelections{{"best", Selection::kBest},
+                                                              {"stepwise", Selection::kStepwise},
+                                                              {"forward", Selection::kForward},
+                                                              {"backward", Selection::kBackward}};
+    static const std::map<std::string, Criterion> kCriteria{{"adjr2", Criterion::kAdjustedRSquared},
+                                                            {"mse", Criterion::kMse},
+                                                            {"cp", Criterion::kCp},
+                                                            {"aic", Criterion::kAic},
+                                                            {"sbc", Criterion::kSbc},
+                                                            {"pc", Criterion::kPc}};
+    command
+        .add_option_function<std::string>(
+            "--selection",
+            [&options](const std::string& name) { options.selection = kSelections.at(name); },
+            "chooses among the terms: the best subset, or steps by F tests (a term with many columns moves "
+            "as a whole, "
+            "and interactions may stay without their main effects)")
+        ->check(CLI::IsMember({"best", "stepwise", "forward", "backward"}));
+    command
+        .add_option_function<std::string>(
+            "--criterion",
+            [&options](const std::string& name) { options.criterion = kCriteria.at(name); },
+            "of the best subset [adjr2]")
+        ->check(CLI::IsMember({"adjr2", "mse", "cp", "aic", "sbc", "pc"}));
+    command.add_option("--min-vars", options.minTerms, "fewest terms of the best subset [1]")
+        ->check(CLI::Range(1, 100000).description(""));
+    command.add_option("--max-vars", options.maxTerms, "most terms of the best subset [all]")
+        ->check(CLI::Range(1, 100000).description(""));
+    command.add_option("--enter", options.enter, "largest Pr > F to enter, stepwise and forward [0.05]")
+        ->check(CLI::Validator(CheckProbability, "", ""));
+    command.add_option("--remove", options.remove, "smallest Pr > F to leave, stepwise and backward [0.1]")
+        ->check(CLI::Validator(CheckProbability, "", ""));
+}
+
+/** Refuses options that do not go together. */
+void CheckCombinations(const CLI::App& command, const Options& options)
+{
+    struct Use
+    {
+        const char* option;
+        std::set<Selection> selections;
+        const char* owners;
+    };
+    const Use uses[] = {{"--criterion", {Selection::kBest}, "best"},
+                        {"--min-vars", {Selection::kBest}, "best"},
+                        {"--max-vars", {Selection::kBest}, "best"},
+                        {"--enter", {Selection::kStepwise, Selection::kForward}, "stepwise or forward"},
+                        {"--remove", {Selection::kStepwise, Selection::kBackward}, "stepwise or backward"}};
+    for (const Use& use : uses) {
+        if (command.get_option(use.option)->count() > 0 && !use.selections.contains(options.selection))
+            throw CLI::ValidationError(use.option, fmt::format("belongs to --selection {}", use.owners));
+    }
+    if (options.intercept && options.types && *options.types->rbegin() != SumsType::kSequential)
+        throw CLI::ValidationError("--type", "2 and 3 need an intercept that is estimated");
+    if (options.maxTerms && *options.maxTerms < options.minTerms)
+        throw CLI::ValidationError("--max-vars", "is below --min-vars");
 }
 
 void AddModelOptions(CLI::App& command, Options& options)
@@ -74,20 +158,46 @@ void AddModelOptions(CLI::App& command, Options& options)
             "smallest tolerance (1 - R squared on the columns before it) at which a column still enters; the "
             "default keeps out what is a linear combination but for rounding [1e-12]")
         ->check(CLI::Range(0.0, 1.0).description(""));
+    AddSelectionOptions(command, options);
+    command
+        .add_option_function<std::string>(
+            "--type",
+            [&options](const std::string& text) { options.types = ParseTypes(text); },
+            "sums of squares of each term: 1 given those before it in the table (numeric columns, then "
+            "categories, then "
+            "interactions), 2 given all that do not contain it, 3 given all; one or several, as 1,3 [3 for "
+            "anova with "
+            "several terms]")
+        ->check(CLI::Validator(CheckTypes, "", ""));
+    command.add_option("--validate",
+                       options.validatedRows,
+                       "data rows, as 1-5,9, that are kept out of the fit and judged by it");
+    command.add_option("--predict",
+                       options.predictionPath,
+                       "CSV file with the columns of the terms; its rows are predicted");
     command.add_flag("--cases", options.showCases, "prints predictions, residuals and influence of each row");
-    command.add_option(
-        "--out",
-        options.outFolder,
-        "folder for fit.csv, anova.csv, parameters.csv, standardised.csv, covariance.csv, cases.csv");
+    command.add_option("--out",
+                       options.outFolder,
+                       "folder for the tables: fit.csv, anova.csv, parameters.csv, standardised.csv, "
+                       "covariance.csv, cases.csv, and when "
+                       "asked for models.csv, type1.csv to type3.csv, validation.csv, predictions.csv");
 }
 
-void RunCommand(const Options& options)
+void RunCommand(Options options)
 {
     const CsvTable table = ReadCsvTable(options.dataPath);
-    const ModelData data = MakeModelData(table, options);
+    ModelData data = MakeModelData(table, options);
+    if (!options.predictionPath.empty()) data.prediction = ReadPredictionRows(options.predictionPath, data);
+    if (!options.types) options.types = DefaultTypes(data, options);
     const Design design = BuildDesign(data, options.constraint);
-    const Fit fit = FitModel(data, design, options);
-    const std::vector<ResultTable> tables = MakeResultTables(data, design, fit, options);
+    Fit fit = FitModel(data, design, options);
+
+    std::vector<ResultTable> newRows;
+    if (data.validation) newRows.push_back(ValidationTable(data, design, fit, options));
+    if (data.prediction) newRows.push_back(PredictionTable(data, design, fit, options));
+    std::vector<ResultTable> tables = MakeResultTables(data, design, fit, options);
+    for (ResultTable& rows : newRows)
+        tables.push_back(std::move(rows));
     if (!options.outFolder.empty()) WriteCsvFiles(tables, options.outFolder);
 
     const std::string report = ReportText(data, tables, options);
@@ -113,6 +223,7 @@ int Main(int argc, char** argv)
 
     try {
         app.parse(argc, argv);
+        CheckCombinations(anova->parsed() ? *anova : *regress, options);
     } catch (const CLI::Success& request) {
         return app.exit(request);
     } catch (const CLI::ParseError& error) {

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 
+#include "new_rows.h"
 #include "terms.h"
 #include "user_error.h"
 
@@ -97,39 +99,6 @@ std::vector<Source> CollectSources(const CsvTable& table,
     return sources;
 }
 
-std::vector<std::size_t> CompleteRows(const CsvTable& table, const std::vector<std::size_t>& columns)
-{
-    std::vector<std::size_t> rows;
-    for (std::size_t r = 0; r < table.rows; ++r) {
-        const bool complete = std::none_of(columns.begin(), columns.end(), [&](std::size_t column) {
-            return IsMissingCell(table.columns[column][r]);
-        });
-        if (complete) rows.push_back(r);
-    }
-    return rows;
-}
-
-std::vector<double> NumbersOf(const CsvTable& table,
-                              std::size_t column,
-                              const std::vector<std::size_t>& rows,
-                              const std::string& hint = "")
-{
-    const std::vector<std::string>& cells = table.columns[column];
-    for (std::size_t r = 0; r < cells.size(); ++r) {
-        if (!IsMissingCell(cells[r]) && !NumberOf(cells[r])) {
-            throw UserError(fmt::format("column '{}' must be numeric: data row {} holds '{}'{}",
-                                        table.names[column],
-                                        r + 1,
-                                        cells[r],
-                                        hint));
-        }
-    }
-    std::vector<double> values;
-    for (std::size_t r : rows)
-        values.push_back(*NumberOf(cells[r]));
-    return values;
-}
-
 void ReadWeights(const CsvTable& table,
                  const Options& options,
                  const std::vector<std::size_t>& rows,
@@ -160,10 +129,9 @@ QualitativeVariable ReadQualitative(const CsvTable& table,
 {
     const std::vector<std::string>& cells = table.columns[source.column];
     const bool numeric = IsNumericColumn(cells);
-    QualitativeVariable variable{source.name, {}, {}, {}};
-    for (std::size_t r : rows) {  // 1 and 1.0 are one category
-        variable.cells.push_back(numeric ? fmt::format("{}", *NumberOf(cells[r]) + 0.0) : cells[r]);
-    }
+    QualitativeVariable variable{source.name, {}, {}, {}, numeric};
+    for (std::size_t r : rows)
+        variable.cells.push_back(CategoryOf(cells[r], numeric));
 
     variable.categories = variable.cells;
     const auto before = [numeric](const std::string& a, const std::string& b) {
@@ -239,13 +207,19 @@ ModelData MakeModelData(const CsvTable& table, const Options& options)
     if (!options.weights.empty()) used.push_back(FindColumn(table, options.weights));
     for (const Source& source : sources)
         used.push_back(source.column);
-    const std::vector<std::size_t> rows = CompleteRows(table, used);
-    if (rows.empty()) throw UserError(fmt::format("no rows left: all {} have a missing cell", table.rows));
+    const std::set<std::size_t> validated = ParseRows(options.validatedRows, table.rows);
+    std::vector<std::size_t> rows = CompleteRows(table, used);
+    std::erase_if(rows, [&validated](std::size_t r) { return validated.contains(r); });
+    if (rows.empty()) {
+        throw UserError(validated.empty()
+                            ? fmt::format("no rows left: all {} have a missing cell", table.rows)
+                            : "no rows left: all have a missing cell or are validation rows");
+    }
 
     ModelData data;
     for (std::size_t r : rows)
         data.rows.push_back(r + 1);
-    data.droppedRows = table.rows - rows.size();
+    data.droppedRows = table.rows - validated.size() - rows.size();
     data.response = NumbersOf(table, responseColumn, rows);
     ReadWeights(table, options, rows, data);
     for (const Source& source : sources) {
@@ -258,6 +232,7 @@ ModelData MakeModelData(const CsvTable& table, const Options& options)
     }
     MakeFactors(sources, terms, data);
     RefuseConstantResponse(data, options.response);
+    if (!validated.empty()) data.validation = ReadValidationRows(table, validated, data, options);
     return data;
 }
 

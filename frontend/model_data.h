@@ -3,6 +3,7 @@
 #define KORVENRG_FRONTEND_MODEL_DATA_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,19 @@ struct QualitativeVariable
     std::vector<std::string> cells;
     std::vector<std::string> categories;  ///< numbers by value, text by code point
     std::vector<double> frequencies;      ///< summed weights
+    bool numeric = false;                 ///< the cells are numbers, spelt one way
+};
+
+/** Rows that take no part in the fit, with the variables of the model. */
+struct NewRows
+{
+    std::vector<std::size_t> rows;  ///< data row, from 1
+    std::size_t droppedRows = 0;    ///< rows with a missing cell
+    std::size_t unknownRows = 0;    ///< rows with a category that no row of the fit has
+    std::vector<double> response;   ///< validation rows only, like the weights
+    std::vector<double> weights;
+    std::vector<std::vector<double>> quantitative;
+    std::vector<std::vector<std::string>> qualitative;
 };
 
 /** The doors' factor types. */
@@ -54,9 +68,12 @@ struct ModelData
     std::vector<Factor>
         factors;  ///< one main effect per variable, in the order of the variables, then interactions
     std::size_t interlevel = 1;  ///< most variables in one factor
+    std::optional<NewRows> validation;
+    std::optional<NewRows> prediction;
 };
 
-/** Throws UserError for everything in the request or the data that makes no model. */
+/** The rows of the fit and of the validation; those to predict come from another table. Throws UserError for everything
+ * in the request or the data that makes no model. */
 ModelData MakeModelData(const CsvTable& table, const Options& options);
 
 }  // namespace korvenrg::frontend

@@ -3,6 +3,7 @@
 #define KORVENRG_FRONTEND_OPTIONS_H
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,35 @@ enum class Constraint : int
     kWeighted = 3
 };
 
+/** The doors' codes of the ways to choose among the terms. */
+enum class Selection : int
+{
+    kNone = -1,
+    kBest = 0,
+    kStepwise = 1,
+    kForward = 2,
+    kBackward = 3
+};
+
+/** The doors' codes of what makes a subset the best. */
+enum class Criterion : int
+{
+    kAdjustedRSquared = 0,
+    kMse = 1,
+    kCp = 2,
+    kAic = 3,
+    kSbc = 4,
+    kPc = 5
+};
+
+/** Kinds of sums of squares. */
+enum class SumsType : int
+{
+    kSequential = 1,
+    kHierarchical = 2,
+    kEstimable = 3
+};
+
 /** Small enough to keep strongly collinear columns (Longley's go down to 0.0006), large enough to refuse
  * columns that are linear combinations of others but for rounding. */
 inline constexpr double kDefaultTolerance = 1e-12;
@@ -40,8 +70,17 @@ struct Options
     std::optional<double> intercept;  ///< none: estimated
     double alpha = 0.05;
     double tolerance = kDefaultTolerance;
+    Selection selection = Selection::kNone;
+    Criterion criterion = Criterion::kAdjustedRSquared;
+    int minTerms = 1;
+    std::optional<int> maxTerms;  ///< none: all
+    double enter = 0.05;
+    double remove = 0.1;
+    std::optional<std::set<SumsType>> types;  ///< none: what the analysis gives by default
     bool showCases = false;
-    std::string outFolder;  ///< empty: no files
+    std::string validatedRows;   ///< as 1-5,9; empty: none
+    std::string predictionPath;  ///< empty: no rows to predict
+    std::string outFolder;       ///< empty: no files
 };
 
 }  // namespace korvenrg::frontend

@@ -46,6 +46,7 @@ using PrintedLine = std::vector<std::string>;
 std::vector<PrintedLine> HeadLines(const ResultTable& table)
 {
     std::vector<std::vector<std::string>> heads{{table.labelHead}};
+    if (!table.textHead.empty()) heads.push_back({table.textHead});
     for (const ResultTable::Column& column : table.columns)
         heads.push_back(WrappedHead(column.head));
     std::size_t height = 1;
@@ -66,6 +67,7 @@ std::string TableText(const ResultTable& table)
     const std::size_t headLines = lines.size();
     for (const ResultTable::Row& row : table.rows) {
         lines.push_back({row.label});
+        if (!table.textHead.empty()) lines.back().push_back(row.text);
         for (std::size_t c = 0; c < row.cells.size(); ++c) {
             lines.back().push_back(CellText(row.cells[c], table.columns[c].kind));
         }
@@ -76,12 +78,15 @@ std::string TableText(const ResultTable& table)
             widths[c] = std::max(widths[c], CodePointCount(line[c]));
     }
 
+    const std::size_t textColumns = table.textHead.empty() ? 1 : 2;
     std::string text = fmt::format("\n{}\n", table.title);
     for (std::size_t l = 0; l < lines.size(); ++l) {
         const PrintedLine& line = lines[l];
-        std::string printed = "  " + line[0] + Padding(line[0], widths[0]);
-        for (std::size_t c = 1; c < line.size(); ++c)
-            printed += "  " + Padding(line[c], widths[c]) + line[c];
+        std::string printed;
+        for (std::size_t c = 0; c < line.size(); ++c) {
+            const std::string padding = Padding(line[c], widths[c]);
+            printed += "  " + (c < textColumns ? line[c] + padding : padding + line[c]);
+        }
         if (l >= headLines && !table.rows[l - headLines].note.empty()) {
             printed += "  " + table.rows[l - headLines].note;
         }
@@ -110,6 +115,30 @@ std::string ConstraintText(Constraint constraint)
     }
 }
 
+std::string SelectionText(const Options& options)
+{
+    constexpr const char* kCriteria[] = {"adjusted R squared", "MSE", "Cp", "AIC", "SBC", "PC"};
+    switch (options.selection) {
+        case Selection::kBest:
+            return fmt::format("best subsets by {}", kCriteria[static_cast<int>(options.criterion)]);
+        case Selection::kStepwise:
+            return fmt::format("stepwise, to enter {:.6g}, to remove {:.6g}", options.enter, options.remove);
+        case Selection::kForward:
+            return fmt::format("forward, to enter {:.6g}", options.enter);
+        default:
+            return fmt::format("backward, to remove {:.6g}", options.remove);
+    }
+}
+
+std::string NewRowsText(const char* use, const NewRows& rows)
+{
+    return fmt::format("{}: {} used, {} dropped for missing cells, {} for unknown categories\n",
+                       use,
+                       Counted(rows.rows.size(), "row", "rows"),
+                       rows.droppedRows,
+                       rows.unknownRows);
+}
+
 std::string TitleText(const ModelData& data, const Options& options)
 {
     std::vector<std::string> terms;
@@ -133,6 +162,9 @@ std::string TitleText(const ModelData& data, const Options& options)
     }
     if (!data.qualitative.empty())
         text += fmt::format("Constraint: {}\n", ConstraintText(options.constraint));
+    if (options.selection != Selection::kNone) text += fmt::format("Selection: {}\n", SelectionText(options));
+    if (data.validation) text += NewRowsText("Validation", *data.validation);
+    if (data.prediction) text += NewRowsText("Prediction", *data.prediction);
     if (options.intercept) text += fmt::format("Intercept: given as {:.6g}\n", *options.intercept);
     return text;
 }

@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
+#include "term_tables.h"
+
 namespace korvenrg::frontend {
-namespace {
 
 std::vector<double> RowOf(const NumberTable& table, std::size_t row)
 {
@@ -13,6 +16,8 @@ std::vector<double> RowOf(const NumberTable& table, std::size_t row)
     return cells;
 }
 
+namespace {
+
 std::string ConfidenceText(double alpha)
 {
     return fmt::format("{:.6g}%", 100.0 * (1.0 - alpha));
@@ -20,9 +25,11 @@ std::string ConfidenceText(double alpha)
 
 /** Why a column has no coefficient of its own. Only constraints of sum type give its parameter a value all
  * the same. */
-std::string NoteOf(int state, Constraint constraint)
+std::string NoteOf(const Design& design, const Fit& fit, std::size_t column, Constraint constraint)
 {
-    switch (state) {
+    const bool isTermOut = fit.factorActive[static_cast<std::size_t>(design.parents[column]) - 1] != 1;
+    if (isTermOut && fit.states[column] == kDroppedByConstraint) return "not in the model";
+    switch (fit.states[column]) {
         case kInModel:
             return "";
         case kDroppedByConstraint:
@@ -38,9 +45,14 @@ std::string NoteOf(int state, Constraint constraint)
     }
 }
 
-ResultTable FitTable(const Fit& fit)
+/** The second column is that of the validation rows. */
+ResultTable FitTable(const ModelData& data, const Fit& fit)
 {
     ResultTable table{"fit.csv", "Goodness of fit", "Statistic", {{"Value"}}, {}};
+    if (data.validation) {
+        table.columns.push_back({"Validation"});
+        table.hasNotes = true;
+    }
     const char* const names[] = {"Observations",
                                  "Sum of weights",
                                  "Error DF",
@@ -56,9 +68,16 @@ ResultTable FitTable(const Fit& fit)
                                  "PC",
                                  "PRESS",
                                  "Q squared"};
+    constexpr std::size_t kRSquared = 3;
     std::size_t row = 0;
-    for (const char* name : names)
-        table.rows.push_back({name, {fit.statistics(row++, 0)}, ""});
+    for (const char* name : names) {
+        table.rows.push_back({name, {fit.statistics(row, 0)}, ""});
+        if (data.validation) {
+            table.rows.back().cells.push_back(fit.statistics(row, 1));
+            if (row == kRSquared) table.rows.back().note = "validation: of the ranks";
+        }
+        ++row;
+    }
     return table;
 }
 
@@ -99,7 +118,7 @@ ResultTable ParameterTable(const Design& design, const Fit& fit, const Options& 
     table.rows.push_back({"Intercept", RowOf(fit.parameters, 0), options.intercept ? "given" : ""});
     for (std::size_t c = 0; c < design.labels.size(); ++c) {
         table.rows.push_back(
-            {design.labels[c], RowOf(fit.parameters, c + 1), NoteOf(fit.states[c], options.constraint)});
+            {design.labels[c], RowOf(fit.parameters, c + 1), NoteOf(design, fit, c, options.constraint)});
     }
     return table;
 }
@@ -114,7 +133,7 @@ ResultTable StandardisedTable(const Design& design, const Fit& fit, const Option
                       true};
     for (std::size_t c = 0; c < design.labels.size(); ++c) {
         table.rows.push_back(
-            {design.labels[c], RowOf(fit.standardised, c), NoteOf(fit.states[c], options.constraint)});
+            {design.labels[c], RowOf(fit.standardised, c), NoteOf(design, fit, c, options.constraint)});
     }
     return table;
 }
@@ -139,7 +158,6 @@ ResultTable CovarianceTable(const Design& design, const Fit& fit)
 
 ResultTable CaseTable(const ModelData& data, const Fit& fit, const Options& options)
 {
-    const std::string confidence = ConfidenceText(options.alpha);
     ResultTable table{"cases.csv",
                       "Predictions and residuals",
                       "Data row",
@@ -148,16 +166,12 @@ ResultTable CaseTable(const ModelData& data, const Fit& fit, const Options& opti
                        {"Prediction"},
                        {"Residual"},
                        {"Standardised residual"},
-                       {"Studentised residual"},
-                       {"Standard error of mean"},
-                       {fmt::format("Lower {} (mean)", confidence)},
-                       {fmt::format("Upper {} (mean)", confidence)},
-                       {"Standard error of observation"},
-                       {fmt::format("Lower {} (observation)", confidence)},
-                       {fmt::format("Upper {} (observation)", confidence)},
-                       {"Leave-one-out prediction"},
-                       {"Cook's distance"}},
+                       {"Studentised residual"}},
                       {}};
+    const std::vector<ResultTable::Column> intervals = IntervalColumns(options.alpha);
+    table.columns.insert(table.columns.end(), intervals.begin(), intervals.end());
+    table.columns.push_back({"Leave-one-out prediction"});
+    table.columns.push_back({"Cook's distance"});
     table.printed = options.showCases;
     for (std::size_t r = 0; r < data.rows.size(); ++r) {
         std::vector<double> cells{data.weights[r], data.response[r], fit.predictions(r, 0)};
@@ -173,17 +187,33 @@ ResultTable CaseTable(const ModelData& data, const Fit& fit, const Options& opti
 
 }  // namespace
 
+std::vector<ResultTable::Column> IntervalColumns(double alpha)
+{
+    const std::string confidence = ConfidenceText(alpha);
+    return {{"Standard error of mean"},
+            {fmt::format("Lower {} (mean)", confidence)},
+            {fmt::format("Upper {} (mean)", confidence)},
+            {"Standard error of observation"},
+            {fmt::format("Lower {} (observation)", confidence)},
+            {fmt::format("Upper {} (observation)", confidence)}};
+}
+
 std::vector<ResultTable> MakeResultTables(const ModelData& data,
                                           const Design& design,
                                           const Fit& fit,
                                           const Options& options)
 {
-    return {FitTable(fit),
-            AnovaTable(fit, options),
-            ParameterTable(design, fit, options),
-            StandardisedTable(design, fit, options),
-            CovarianceTable(design, fit),
-            CaseTable(data, fit, options)};
+    std::vector<ResultTable> tables;
+    if (options.selection != Selection::kNone) tables.push_back(SelectionTable(data, fit, options));
+    tables.push_back(FitTable(data, fit));
+    tables.push_back(AnovaTable(fit, options));
+    for (ResultTable& table : TypeTables(data, fit, options))
+        tables.push_back(std::move(table));
+    tables.push_back(ParameterTable(design, fit, options));
+    tables.push_back(StandardisedTable(design, fit, options));
+    tables.push_back(CovarianceTable(design, fit));
+    tables.push_back(CaseTable(data, fit, options));
+    return tables;
 }
 
 }  // namespace korvenrg::frontend

@@ -27,6 +27,7 @@ struct ResultTable
         std::string label;
         std::vector<double> cells;  ///< as many as columns
         std::string note;
+        std::string text = {};  ///< stands before the cells in a table with a textHead
     };
 
     std::string fileName;
@@ -36,7 +37,14 @@ struct ResultTable
     std::vector<Row> rows;
     bool hasNotes = false;
     bool printed = true;  ///< false: for the files only
+    std::string textHead = {};
 };
+
+/** The cells of a row. */
+std::vector<double> RowOf(const NumberTable& table, std::size_t row);
+
+/** Heads of a mean prediction's and an observation's standard error and bounds. */
+std::vector<ResultTable::Column> IntervalColumns(double alpha);
 
 std::vector<ResultTable> MakeResultTables(const ModelData& data,
                                           const Design& design,

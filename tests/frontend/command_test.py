@@ -4,8 +4,10 @@
 """
 
 import csv
+import itertools
 import math
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -51,13 +53,16 @@ class InFolder(unittest.TestCase):
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
         return path
 
-    def tables(self, *arguments):
-        """Runs with --out and reads what it wrote."""
+    def tables(self, *arguments, more=()):
+        """Runs with --out and reads what it wrote: FILES and more."""
+        files = [*FILES, *more]
         out = self.folder / "out"
         done = run(*arguments, "--out", out)
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertEqual(sorted(os.listdir(out)), sorted(FILES))
-        return {name[:-4]: read_table(out / name) for name in FILES}, done.stdout
+        self.assertEqual(sorted(os.listdir(out)), sorted(files))
+        found = {name[:-4]: read_table(out / name) for name in files}
+        shutil.rmtree(out)
+        return found, done.stdout
 
 
 def reference_values():
@@ -94,13 +99,17 @@ class AgainstR(InFolder):
         "states weighted": [*STATES, "--response", "Income", "--terms", "Illiteracy Murder",
                             "--weights", "Population"],
         "states product": [*STATES, "--response", "Murder", "--terms", "Illiteracy Frost Illiteracy*Frost"],
+        "moore held out": ["anova", DATA / "moore.csv", "--response", "conformity", "--constraint", "sum",
+                           "--terms", "partner.status fcategory partner.status*fcategory",
+                           "--validate", ",".join(map(str, range(3, 46, 3))), "--predict", DATA / "moore.csv"],
     }
 
     def test_tables(self):
         references = reference_values()
         self.assertEqual(set(references), set(self.COMMANDS))
         for case, command in self.COMMANDS.items():
-            tables, _ = self.tables(*command)
+            more = sorted({f"{name}.csv" for name in references[case]} - set(FILES))
+            tables, _ = self.tables(*command, "--type", "3,1,2", more=more)
             tolerance = COLLINEAR if case == "longley" else ROUNDOFF
             for name, cells in references[case].items():
                 shown = {(same_parameter(r), same_parameter(c)): v for (r, c), v in tables[name].items()}
@@ -112,7 +121,7 @@ class AgainstR(InFolder):
                         self.assertTrue(math.isclose(float(shown[row, column]), expected, rel_tol=tolerance,
                                                      abs_tol=NEAR_ZERO * scale[column]),
                                         f"{shown[row, column]} instead of {expected}")
-                if name in ("parameters", "standardised", "covariance"):
+                if name in ("parameters", "standardised", "covariance", "type1", "type3"):
                     self.assertEqual({row for row, _ in shown}, {row for row, _ in cells}, (case, name))
 
 
@@ -160,6 +169,151 @@ class Reading(InFolder):
         slope, _ = self.tables("regress", data, *command)
         self.assertEqual({row for row, _ in slope["parameters"]}, {"Intercept", "d"})
         self.assertEqual(self.tables("anova", data, *command, "--covariate", "d")[0], slope)
+
+
+class Selecting(InFolder):
+    STATES = ["regress", DATA / "states.csv", "--response", "Murder"]
+    TERMS = ["Illiteracy", "Frost", "Income", "region"]
+
+    def select(self, *arguments, terms=TERMS):
+        tables, printed = self.tables(*self.STATES, "--terms", " ".join(terms), "--selection", *arguments,
+                                      more=["models.csv"])
+        return tables, list(dict.fromkeys(row for row, _ in tables["models"])), printed
+
+    def assert_fit_of(self, tables, terms, constraint):
+        """All cells are those of a fit of the terms alone; the other terms are said to be out."""
+        alone, _ = self.tables(*self.STATES, "--terms", terms, "--constraint", constraint)
+        for (row, column), cell in alone["parameters"].items():
+            found = tables["parameters"][row, column]
+            if column == "Note" or "" in (cell, found):
+                self.assertEqual(found, cell, (row, column))
+            else:
+                self.assertTrue(math.isclose(float(found), float(cell), rel_tol=ROUNDOFF), (row, column))
+        for row in {row for row, _ in tables["parameters"]} - {row for row, _ in alone["parameters"]}:
+            self.assertEqual(tables["parameters"][row, "Note"], "not in the model")
+
+    def test_best_of_all_subsets(self):
+        errors = {}
+        for size in range(1, 5):
+            for terms in itertools.combinations(self.TERMS, size):
+                alone, _ = self.tables(*self.STATES, "--terms", " ".join(terms))
+                errors[terms] = float(alone["anova"]["Error", "Sum of squares"])
+        for constraint in ("first", "last", "sum", "weighted"):
+            tables, sizes, printed = self.select("best", "--constraint", constraint)
+            self.assertEqual(sizes, ["1 term", "2 terms", "3 terms", "4 terms"])
+            for size, label in enumerate(sizes, 1):
+                best = min((terms for terms in errors if len(terms) == size), key=errors.get)
+                self.assertEqual(tables["models"][label, "Terms in the model"], " ".join(best))
+                self.assertAlmostEqual(float(tables["models"][label, "SSE"]), errors[best], delta=1e-9 * errors[best])
+            notes = [tables["models"][label, "Note"] for label in sizes]
+            self.assertEqual(notes, ["", "", "best", ""])
+            self.assert_fit_of(tables, "Illiteracy Income region", constraint)
+            self.assertEqual(tables["fit"]["Mallows' Cp", "Value"], tables["models"]["3 terms", "Cp"])
+            self.assertIn("Selection: best subsets by adjusted R squared", printed)
+
+    def test_criteria_and_sizes(self):
+        """The chosen rows follow from the statistics that the table shows."""
+        for criterion, head in (("mse", "MSE"), ("aic", "AIC"), ("sbc", "SBC"), ("pc", "PC"), ("cp", "Cp")):
+            tables, sizes, _ = self.select("best", "--criterion", criterion)
+            def value(label):
+                shown = float(tables["models"][label, head])
+                if criterion != "cp":
+                    return shown
+                distance = abs(shown - float(tables["models"][label, "Columns"]) - 1)
+                return distance if distance > 1e-12 else math.inf  # all terms
+            self.assertEqual([tables["models"][label, "Note"] for label in sizes],
+                             ["best" if label == min(sizes, key=value) else "" for label in sizes], criterion)
+        tables, sizes, _ = self.select("best", "--min-vars", "1", "--max-vars", "2")
+        self.assertEqual((sizes, tables["models"]["2 terms", "Note"]), (["1 term", "2 terms"], "best"))
+        _, sizes, _ = self.select("best", "--min-vars", "3")
+        self.assertEqual(sizes, ["3 terms", "4 terms"])
+
+    def test_steps(self):
+        for arguments, steps, constraint in (
+                (["stepwise"], ["+ Illiteracy", "+ region"], "first"),
+                (["forward", "--enter", "0.2"], ["+ Illiteracy", "+ region", "+ Income"], "sum"),
+                (["forward", "--enter", "0.0001"], ["+ Illiteracy"], "last"),
+                (["backward"], ["all terms", "- Frost", "- Income"], "weighted"),
+                (["backward", "--remove", "0.5"], ["all terms", "- Frost"], "first")):
+            with self.subTest(arguments=arguments):
+                tables, shown, _ = self.select(*arguments, "--constraint", constraint)
+                self.assertEqual(shown, steps)
+                terms = tables["models"][steps[-1], "Terms in the model"]
+                self.assert_fit_of(tables, terms, constraint)
+                self.assertTrue(math.isclose(float(tables["models"][steps[-1], "Cp"]),
+                                             float(tables["fit"]["Mallows' Cp", "Value"]), rel_tol=ROUNDOFF))
+
+    def test_type_tables_of_what_is_left(self):
+        alone, _ = self.tables(*self.STATES, "--terms", "Illiteracy Income region", "--type", "1,2,3",
+                               more=["type1.csv", "type2.csv", "type3.csv"])
+        for arguments in (["best"], ["backward", "--remove", "0.5"]):
+            for constraint in ("first", "sum"):
+                tables, _ = self.tables(*self.STATES, "--terms", " ".join(self.TERMS), "--type", "1,2,3",
+                                        "--selection", *arguments, "--constraint", constraint,
+                                        more=["models.csv", "type1.csv", "type2.csv", "type3.csv"])
+                for name in ("type1", "type2", "type3"):
+                    self.assertEqual(tables[name]["Frost", "Note"], "not in the model")
+                    self.assertEqual(tables[name]["Frost", "DF"], "0")
+                    for (row, column), cell in alone[name].items():
+                        if column != "Note":
+                            self.assertTrue(math.isclose(float(tables[name][row, column]), float(cell),
+                                                         rel_tol=1e-8), (name, row, column))
+
+
+class Testing(InFolder):
+    def test_which_tables_stand_by_default(self):
+        data = DATA / "moore.csv"
+        for arguments, more in (
+                (["anova", "--terms", "fcategory"], []),
+                (["anova", "--terms", "partner.status fcategory"], ["type3.csv"]),
+                (["anova", "--terms", "partner.status fcategory", "--intercept", "10"], []),
+                (["anova", "--terms", "partner.status fcategory", "--type", "2"], ["type2.csv"]),
+                (["regress", "--terms", "partner.status fscore"], [])):
+            self.tables(arguments[0], data, "--response", "conformity", *arguments[1:], more=more)
+
+    def test_notes_where_the_test_is_another_one(self):
+        moore = [DATA / "moore.csv", "--response", "conformity", "--covariate", "fscore"]
+        tables, _ = self.tables("anova", *moore, "--terms", "fscore partner.status fscore*partner.status",
+                                "--type", "2", more=["type2.csv"])
+        self.assertEqual(tables["type2"]["partner.status", "Note"], "given fscore*partner.status too")
+        self.assertEqual(tables["type2"]["fscore", "Note"], "")
+        lonely = ["anova", DATA / "warpbreaks.csv", "--response", "breaks", "--terms", "wool*tension", "--type", "3"]
+        tables, _ = self.tables(*lonely, "--constraint", "sum", more=["type3.csv"])
+        self.assertEqual(tables["type3"]["wool*tension", "F"], "")
+        self.assertIn("not defined", tables["type3"]["wool*tension", "Note"])
+        tables, _ = self.tables(*lonely, more=["type3.csv"])
+        self.assertEqual(tables["type3"]["wool*tension", "DF"], "2")
+
+
+class Predicting(InFolder):
+    def test_rows_outside_the_fit_change_nothing_in_it(self):
+        rows = SMALL.split("\n")
+        held = self.write("\n".join([*rows[:3], "9,9,b,1", ",1,a,1", "2,3,c,1", *rows[3:]]), "held.csv")
+        new = self.write("g,x\nb,3\nz,3\na,NA\na,1.5\n", "new.csv")
+        expected, _ = self.tables("regress", self.write(SMALL), "--response", "y", "--terms", "x g", "--weights", "w")
+        tables, printed = self.tables("regress", held, "--response", "y", "--terms", "x g", "--weights", "w",
+                                      "--validate", "3-4,5", "--predict", new,
+                                      more=["validation.csv", "predictions.csv"])
+        for name in ("anova", "parameters", "covariance"):
+            self.assertEqual(tables[name], expected[name])
+        self.assertIn("held.csv: 5 observations used, 0 rows dropped", printed)
+        self.assertIn("Validation: 1 row used, 1 dropped for missing cells, 1 for unknown categories", printed)
+        self.assertIn("Prediction: 2 rows used, 1 dropped for missing cells, 1 for unknown categories", printed)
+        value = {row: float(expected["parameters"][row, "Value"]) for row in ("Intercept", "x", "g-b")}
+        at = lambda x, b: value["Intercept"] + x * value["x"] + b * value["g-b"]
+        self.assertAlmostEqual(float(tables["predictions"]["1", "Prediction"]), at(3, 1), delta=1e-12)
+        self.assertAlmostEqual(float(tables["predictions"]["4", "Prediction"]), at(1.5, 0), delta=1e-12)
+        self.assertAlmostEqual(float(tables["validation"]["3", "Residual"]), 9 - at(9, 1), delta=1e-12)
+        self.assertEqual(float(tables["validation"]["3", "Weight"]), 1)
+
+    def test_numbers_as_categories_match_by_value(self):
+        data = self.write("y,d\n1,10\n2,9\n4,9.0\n3,100\n5,100\n6,10\n")
+        new = self.write("d\n1e2\n9\nten\n", "new.csv")
+        tables, printed = self.tables("anova", data, "--response", "y", "--terms", "d", "--predict", new,
+                                      more=["predictions.csv"])
+        self.assertAlmostEqual(float(tables["predictions"]["1", "Prediction"]), 4, delta=1e-12)
+        self.assertAlmostEqual(float(tables["predictions"]["2", "Prediction"]), 3, delta=1e-12)
+        self.assertIn("2 rows used, 0 dropped for missing cells, 1 for unknown", printed)
 
 
 class Reporting(InFolder):
@@ -252,6 +406,7 @@ class Refusals(InFolder):
         data = self.write(SMALL)
         negative = self.write("y,x,w\n1,1,1\n2,2,-0.5\n3,5,0\n", "negative.csv")
         zero = self.write("y,x,w\n1,1,0\n2,2,0\n", "zero.csv")
+        gap = self.write("y,x\n1,1\n2,2\n3,\n5,4\n", "gap.csv")
         product = self.write("y,x,z,c,g\n1,1,4,1,a\n2,2,2,1,b\n5,4,1,1,a\n3,8,0.5,1,b\n", "product.csv")
         for file, arguments, fragment in (
                 (data, ["--response", "Y", "--terms", "x"], "no column named 'Y'"),
@@ -271,6 +426,20 @@ class Refusals(InFolder):
                 (negative, ["--response", "y", "--terms", "x", "--weights", "w"], "data row 2 holds -0.5"),
                 (zero, ["--response", "y", "--terms", "x", "--weights", "w"], "all weights 'w' are zero"),
                 (product, ["--response", "y", "--terms", "g x*z"], "'x*z' has the same value in every row"),
+                (data, [*self.MODEL, "--validate", "3-x"], "--validate: '3-x' is no list of data rows"),
+                (data, [*self.MODEL, "--validate", "1,"], "'1,' is no list"),
+                (data, [*self.MODEL, "--validate", "0"], "'0' is no list"),
+                (data, [*self.MODEL, "--validate", "3-2"], "3-2 runs backwards"),
+                (data, [*self.MODEL, "--validate", "2,6"], "there is no data row 6, the last is 5"),
+                (data, [*self.MODEL, "--validate", "1-5"], "no rows left"),
+                (gap, [*self.MODEL, "--validate", "3"], "--validate: none of the rows is usable: 1 with a missing cell"),
+                (negative, [*self.MODEL, "--weights", "w", "--validate", "2"], "weights 'w' must not be negative"),
+                (data, [*self.MODEL, "--predict", self.folder / "none.csv"], "--predict: cannot open"),
+                (data, [*self.MODEL, "--predict", self.write("z\n1\n", "z.csv")], "--predict: there is no column"),
+                (data, [*self.MODEL, "--predict", self.write("x\nb\n", "b.csv")], "--predict: column 'x' must be"),
+                (data, [*self.MODEL, "--predict", self.write("x\nNA\n", "n.csv")], "none of the rows is usable"),
+                (data, [*self.MODEL, "--selection", "best", "--min-vars", "2"], "--min-vars 2 is more than"),
+                (data, [*self.MODEL, "--selection", "best", "--criterion", "cp"], "no subset of --min-vars"),
         ):
             with self.subTest(arguments=arguments):
                 out = self.folder / "out"
@@ -289,6 +458,22 @@ class Refusals(InFolder):
                 (["regress", data, *self.MODEL, "--tolerance", "-1"], "--tolerance"),
                 (["regress", data, *self.MODEL, "--intercept", "nan"], "--intercept"),
                 (["regress", data, *self.MODEL, "--covariate", "x"], "--covariate"),
+                (["regress", data, *self.MODEL, "--selection", "all"], "--selection"),
+                (["regress", data, *self.MODEL, "--criterion", "aic"], "--criterion: belongs to --selection best"),
+                (["regress", data, *self.MODEL, "--selection", "stepwise", "--min-vars", "1"],
+                 "--min-vars: belongs to --selection best"),
+                (["regress", data, *self.MODEL, "--selection", "forward", "--max-vars", "1"], "--max-vars: belongs"),
+                (["regress", data, *self.MODEL, "--selection", "backward", "--enter", "0.1"],
+                 "--enter: belongs to --selection stepwise or forward"),
+                (["regress", data, *self.MODEL, "--selection", "forward", "--remove", "0.1"],
+                 "--remove: belongs to --selection stepwise or backward"),
+                (["regress", data, *self.MODEL, "--selection", "best", "--min-vars", "3", "--max-vars", "2"],
+                 "--max-vars: is below --min-vars"),
+                (["regress", data, *self.MODEL, "--selection", "best", "--min-vars", "0"], "--min-vars"),
+                (["regress", data, *self.MODEL, "--selection", "stepwise", "--enter", "0"], "--enter"),
+                (["regress", data, *self.MODEL, "--type", "4"], "--type"),
+                (["regress", data, *self.MODEL, "--type", "1,"], "--type"),
+                (["regress", data, *self.MODEL, "--type", "1,2", "--intercept", "0"], "need an intercept"),
         ):
             with self.subTest(arguments=arguments):
                 self.assert_refused(run(*arguments), 2, fragment)

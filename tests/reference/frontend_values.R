@@ -1,4 +1,4 @@
-# Values for tests/frontend/command_test.py, from lm() on the example data.
+# Values for tests/frontend/command_test.py, from lm() on the example data and Anova() of the package car.
 #
 #   Rscript tests/reference/frontend_values.R      (from the top of the checkout)
 #
@@ -46,7 +46,26 @@ reported <- function(fit, data, codings) {
   rbind(Intercept = c(1, rep(0, length(assign) - 1)), map)
 }
 
-reference <- function(case, formula, data, constraint = "first", weights = NULL, alpha = 0.05, cases = FALSE) {
+# Type III under sum contrasts. Type II leaves out the rows where the command says that its test is another one.
+types <- function(case, fit, data, factors, otherTypeII) {
+  .data <<- data
+  for (v in factors) contrasts(.data[[v]]) <<- contr.sum(nlevels(data[[v]]))
+  summed <- lm(formula(fit), .data, weights = .w)
+  show <- function(table, name, skip = NULL) {
+    terms <- setdiff(rownames(table), c("(Intercept)", "Residuals", skip))
+    for (t in terms) {
+      values <- c(table[t, "Df"], table[t, "Sum Sq"], table[t, "Sum Sq"] / table[t, "Df"], table[t, "F value"], table[t, "Pr(>F)"])
+      heads <- c("DF", "Sum of squares", "Mean square", "F", "Pr > F")
+      for (j in 1:5) emit(case, name, gsub(":", "*", t), heads[j], values[j])
+    }
+  }
+  show(anova(summed), "type1")
+  show(car::Anova(summed, type = 2), "type2", otherTypeII)
+  show(car::Anova(summed, type = 3), "type3")
+}
+
+reference <- function(case, formula, data, constraint = "first", weights = NULL, alpha = 0.05, cases = FALSE,
+                      otherTypeII = NULL) {
   w <- if (is.null(weights)) rep(1, nrow(data)) else weights
   data$.w <- w
   for (v in all.vars(formula)) if (is.character(data[[v]])) data[[v]] <- factor(data[[v]])
@@ -107,6 +126,7 @@ reference <- function(case, formula, data, constraint = "first", weights = NULL,
   table("standardised", (map %*% diag(scale))[-1, , drop = FALSE])
   covariance <- map %*% vcov(fit) %*% t(map)
   for (i in rownames(map)) for (j in rownames(map)) emit(case, "covariance", i, j, covariance[i, j])
+  types(case, fit, data, factors, otherTypeII)
 
   if (cases) {
     mean <- predict(fit, interval = "confidence", level = 1 - alpha, se.fit = TRUE)
@@ -125,6 +145,28 @@ reference <- function(case, formula, data, constraint = "first", weights = NULL,
   }
 }
 
+# Rows outside the fit: all rows of the data are predicted, those held out are judged.
+heldOut <- function(case, formula, data, constraint, out) {
+  reference(case, formula, data[-out, ], constraint)
+  for (v in all.vars(formula)) if (is.character(data[[v]])) data[[v]] <- factor(data[[v]])
+  fit <- lm(formula, data[-out, ])
+  sigma <- summary(fit)$sigma
+  mean <- predict(fit, data, interval = "confidence", se.fit = TRUE)
+  observation <- predict(fit, data, interval = "prediction")
+  columns <- list(Prediction = mean$fit[, "fit"], `Standard error of mean` = mean$se.fit,
+    `Lower 95% (mean)` = mean$fit[, "lwr"], `Upper 95% (mean)` = mean$fit[, "upr"],
+    `Standard error of observation` = sqrt(sigma^2 + mean$se.fit^2),
+    `Lower 95% (observation)` = observation[, "lwr"], `Upper 95% (observation)` = observation[, "upr"])
+  y <- data[[all.vars(formula)[1]]]
+  judged <- c(columns, list(Residual = y - columns$Prediction,
+    `Studentised residual` = (y - columns$Prediction) / columns$`Standard error of observation`))
+  for (name in names(columns)) for (r in seq_along(y)) emit(case, "predictions", r, name, columns[[name]][r])
+  for (name in names(judged)) for (r in out) emit(case, "validation", r, name, judged[[name]][r])
+  mse <- sum(judged$Residual[out]^2) / (length(out) - length(coef(fit)))
+  emit(case, "fit", "Mean square error", "Validation", mse)
+  emit(case, "fit", "R squared", "Validation", cor(y[out], columns$Prediction[out], method = "spearman")^2)
+}
+
 read <- function(file) read.csv(file.path("examples/data", file), check.names = FALSE)
 plant <- read("plantgrowth.csv")
 moore <- read("moore.csv")
@@ -140,10 +182,13 @@ reference("warpbreaks cells", breaks ~ wool + tension + wool:tension, warp, alph
 reference("warpbreaks last", breaks ~ wool + tension + wool:tension, warp, "last")
 reference("warpbreaks sum", breaks ~ wool + tension + wool:tension, warp, "sum")
 reference("moore cells weighted", conformity ~ partner.status + fcategory + partner.status:fcategory, moore, "weighted")
-reference("moore slopes sum", conformity ~ fscore + partner.status + fscore:partner.status, moore, "sum")
-reference("moore slopes", conformity ~ fscore + partner.status + fscore:partner.status, moore)
+reference("moore slopes sum", conformity ~ fscore + partner.status + fscore:partner.status, moore, "sum",
+  otherTypeII = "partner.status")
+reference("moore slopes", conformity ~ fscore + partner.status + fscore:partner.status, moore, otherTypeII = "partner.status")
 reference("states weighted", Income ~ Illiteracy + Murder, states,
   weights = states$Population / mean(states$Population))  # the command scales weights to mean 1
-reference("states product", Murder ~ Illiteracy + Frost + Illiteracy:Frost, states)
+reference("states product", Murder ~ Illiteracy + Frost + Illiteracy:Frost, states, otherTypeII = c("Illiteracy", "Frost"))
+
+heldOut("moore held out", conformity ~ partner.status + fcategory + partner.status:fcategory, moore, "sum", seq(3, 45, 3))
 
 write.csv(do.call(rbind, rows), "tests/reference/frontend_values.csv", row.names = FALSE, quote = 1:4)
