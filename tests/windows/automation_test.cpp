@@ -125,6 +125,15 @@ VARIANTARG Numbers(double* values)
     return argument;
 }
 
+VARIANTARG Integers(int* values)
+{
+    VARIANTARG argument;
+    VariantInit(&argument);
+    argument.vt = VT_BYREF | VT_INT;
+    argument.pintVal = values;
+    return argument;
+}
+
 VARIANTARG Texts(BSTR* values)
 {
     VARIANTARG argument;
@@ -213,6 +222,21 @@ TEST_F(TypeLibrary, DoorsOfEachResultTypeAnswerTheDispatch)
     for (BSTR text : texts) {
         SysFreeString(text);
     }
+
+    int groups[] = {1, 1};
+    double frequencies[] = {2.0, 0.0};
+    int cells = 2;
+    const VARIANT partly =
+        Call(L"Cpp_CheckInteractions", VT_BOOL, {Integers(groups), Numbers(frequencies), Integers(&cells)});
+    EXPECT_EQ(partly.boolVal, VARIANT_TRUE);
+
+    double table[5] = {};
+    double centred[3] = {};
+    Call(L"Cpp_NoFixedComput",
+         VT_EMPTY,
+         {Number(3), Number(1), Numbers(values), Numbers(table), Numbers(centred)});
+    EXPECT_EQ(table[0], 2.0);
+    EXPECT_EQ(centred[1], 1.5);
 }
 
 }  // namespace
