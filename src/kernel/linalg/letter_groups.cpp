@@ -11,8 +11,7 @@
 
 namespace {
 
-/** Columns of the table of letters. */
-constexpr std::size_t kMostGroups = 256;
+constexpr std::size_t kMostGroups = korvenrg::linalg::kMostLetterGroups;
 
 /** Groups held on the way; the splits still to come can merge some of them again. */
 constexpr std::size_t kMostGroupsOnTheWay = 1024;

@@ -47,6 +47,9 @@ short BuildGroupingForDiffs(matrix<double>* iVect,
 
 namespace korvenrg::linalg {
 
+/** Columns of the table of letters. */
+inline constexpr int kMostLetterGroups = 256;
+
 /** The name of the number-th group, from 1: A to Z, AA to ZZ, ... */
 std::wstring GroupLetters(int number);
 
