@@ -180,7 +180,7 @@ VARIANT_BOOL Cpp_BuildGroupingForDiffs(double* iVect,
                                        VARIANT_BOOL* iSort,
                                        VARIANT_BOOL iSortDown)
 {
-    const int pairs = p * (p - 1) / 2;
+    const int pairs = korvenrg::linalg::CountOfPairs(p);
     return BuildGroupingForDiffs(copiedBack(iVect, p, nbcols),
                                  nbcols,
                                  copied(ContrastsStats, pairs, std::max(ID1, ID2)),

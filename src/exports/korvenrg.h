@@ -708,12 +708,12 @@ KORVENRG_API void VB_MCATestREGWQ(
 /**
  * Letter groups of categories: two share a letter exactly when their difference is not significant.
  *
- * One group of all categories is split by each significant pair, and groups inside others are dropped (Piepho 2004, An
- * algorithm for a letter-based representation of all-pairwise comparisons). Groups that hold the first rows come first:
- * with sorted rows the letters are in the order of the means. They are called A to Z, AA to AZ, BA, ...
+ * The groups are all those to which no category can be added, as insert and absorb makes them (Piepho 2004, An algorithm
+ * for a letter-based representation of all-pairwise comparisons). Groups that hold the first rows come first: with sorted
+ * rows the letters are in the order of the means. They are called A to Z, AA to AZ, BA, ...
  *
  * Returns -1, or 0 when no grouping could be made: a pair was not tested (verdict -1, or no contrast of it), or there
- * would be more than 256 groups. A category whose mean is missing is left out with its contrasts.
+ * would be more than 256 groups. Leave a removed category and its contrasts out of the arrays.
  */
 KORVENRG_API VARIANT_BOOL Cpp_BuildGroupingForDiffs(
     double* iVect,         /**< [inout; p x nbcols] table of the categories, means in column 1; its rows are sorted when
