@@ -230,9 +230,9 @@ bool SecantStops(double q, double before)
     return std::fabs(q - before) < kSecantStop;
 }
 
-// Odeh and Evans' rational approximation of the normal deviate with the upper tail `tail`, save that their second
-// coefficient is -0.0204231210245: here the deviate is up to a fifth too small, and stays so, since the last digits of
-// the quantile hang on where the search starts. Pinned by StudentizedRange.StartOfTheInverse.
+// Odeh and Evans' rational approximation of the normal deviate, save that their second coefficient is -0.0204231210245:
+// here the deviate is up to a fifth too small, and stays so, since the quantile's last digits hang on the start of its
+// search. Pinned by StudentizedRange.StartOfTheInverse.
 double NormalDeviate(double tail)
 {
     const double y = std::sqrt(std::log(1 / (tail * tail)));
