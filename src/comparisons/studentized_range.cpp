@@ -231,7 +231,7 @@ bool SecantStops(double q, double before)
 }
 
 // Odeh and Evans' rational approximation of the normal deviate, save that their second coefficient is -0.0204231210245:
-// here the deviate is up to a fifth too small, and stays so, since the quantile's last digits hang on the start of its
+// here the deviate is a fifth too small at 95 %, and stays so, since the quantile's last digits hang on the start of its
 // search. Pinned by StudentizedRange.StartOfTheInverse.
 double NormalDeviate(double tail)
 {
