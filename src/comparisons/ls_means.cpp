@@ -97,7 +97,7 @@ Share ShareOf(const LsModel& model, int category, int r)
 }
 
 // One category's column of the combinations. Which parameters are constant columns does not matter to the share of the
-// involved ones: an empty cell counts there, and its coefficient is 0. Pinned by LsMeans.AnEmptyCellCounts.
+// involved ones: an empty cell counts there, and its coefficient is 0. Pinned by LsMeansCases.AnEmptyCellCounts.
 void WriteCombination(const LsModel& model, int category, matrix<double>& combinations)
 {
     std::vector<Share> shares;

@@ -31,7 +31,9 @@ struct MeansResults
 {
     Table means, contrasts, ranks;
     GuardedArray<int> nbNull{1};
-    MeansResults(int categories, int rows) : means(categories, 4), contrasts(rows, 10), ranks(categories, 1) {}
+    MeansResults(int categories, int rows) : means(categories, 4), contrasts(rows, 10), ranks(categories, 1)
+    {
+    }
 
     int Id(int rank) const
     {
@@ -96,7 +98,8 @@ inline int PairsOf(int categories)
 /** The cells that neither kind of contrasts writes, and the guards. */
 inline void ExpectUntouched(const MeansResults& r)
 {
-    EXPECT_TRUE(r.means.cells.IntactGuards() && r.contrasts.cells.IntactGuards() && r.ranks.cells.IntactGuards());
+    EXPECT_TRUE(r.means.cells.IntactGuards() && r.contrasts.cells.IntactGuards() &&
+                r.ranks.cells.IntactGuards());
     EXPECT_TRUE(r.nbNull.IntactGuards());
     for (int row = 1; row <= r.contrasts.rows; ++row)
         for (const int column : {kContrastCritical, kContrastP, kContrastLevel})

@@ -49,7 +49,8 @@ TEST_P(MeansReference, EveryTableAgreesWithR)
             SCOPED_TRACE(id);
             fitted.factor = reported.factor = static_cast<int>(id);
             const std::string factor = std::to_string(static_cast<int>(id));
-            if (c.tables.contains("fitted" + factor + "_means") && (form == Form::kNewer || fitted.type[At(fitted.factor)] == 2))
+            if (c.tables.contains("fitted" + factor + "_means") &&
+                (form == Form::kNewer || fitted.type[At(fitted.factor)] == 2))
                 ExpectResults(FittedMeans(fitted), c, "fitted" + factor);
             ExpectResults(LsMeans(reported), c, "ls" + factor);
         }
