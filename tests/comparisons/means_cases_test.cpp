@@ -31,6 +31,28 @@ MeansProblem OneWay()
     return m;
 }
 
+/** Two variables of 2 and 3 categories and the interaction of both, coefficients 1, 2, 4, ..., 1024 and the intercept 0: the
+ * shares can be read from the mean. */
+MeansProblem Powers()
+{
+    MeansProblem m;
+    m.p = 11;
+    m.interlevel = 2;
+    m.type = {2, 2, 4};
+    m.active = {1, 1, 1};
+    m.nbVars = {1, 1, 2};
+    m.listVars = {1, 2, 1, 0, 0, 2};
+    m.nbSub = m.nbSubInit = {2, 3, 6};
+    m.parents = {1, 1, 2, 2, 2, 3, 3, 3, 3, 3, 3};
+    m.states = m.cleaned = Integers(11, 0);
+    for (int i = 0; i < 11; ++i)
+        m.stats.push_back(std::ldexp(1.0, i));
+    m.stats.push_back(0.0);
+    m.covariance.assign(144, 0.0);
+    m.df = 1.0;
+    return m;
+}
+
 void ExpectContrast(const MeansResults& r, int row, const Vector& cells)
 {
     const int columns[] = {kContrastDifference,
@@ -94,6 +116,18 @@ TEST(LsMeansCases, RemovedCategoriesAndTheirContrastsComeLast)
     ExpectContrast(r, 1, {-3, 10, 1, 2, -3 / std::sqrt(10.0), 1, 3});
     ExpectContrast(r, 2, {kMissing, kMissing, 1, 3, kMissing, 1, 2});
     ExpectContrast(r, 3, {kMissing, kMissing, 2, 3, kMissing, 3, 2});
+    // All pairs of the means that exist stand before the others.
+    MeansProblem cells = Powers();
+    cells.factor = 3;
+    cells.removed = {0, 0, 1, 0, 0, 1};
+    const MeansResults four = LsMeans(cells);
+    const Integers first{1, 1, 1, 2, 2, 3, 1, 1, 2, 2, 3, 3, 4, 4, 5},
+        second{2, 3, 4, 3, 4, 4, 5, 6, 5, 6, 5, 6, 5, 6, 6};
+    for (int row = 1; row <= 15; ++row) {
+        EXPECT_EQ(four.contrasts(row, kContrastFirstRank), first[At(row)]);
+        EXPECT_EQ(four.contrasts(row, kContrastSecondRank), second[At(row)]);
+        EXPECT_EQ(four.contrasts(row, kContrastDifference) == kMissing, row > 6);
+    }
     m.removed = {1, 1, 1};
     ExpectContrast(LsMeans(m), 3, {kMissing, kMissing, 2, 3, kMissing});
 }
@@ -115,8 +149,10 @@ TEST(CategoryMeans, ANegativeDummyInALaterColumnExcludesARow)
     m.stats[1] = 200.0;
     EXPECT_EQ(FittedMeans(m).Mean(1), 14.0);
     EXPECT_EQ(FittedMeans(m).Mean(2), 210.0);
-    m.x[6] = -1E-16;  // not below -eps
-    ExpectClose(FittedMeans(m).Mean(1), 14.0 - 200.0 * 1E-16 / 3.0, kRoundoff);
+    m = OneWay();
+    m.x[6] = -1E-16;  // not below -eps: row 1 stays, and has a mark of its own in column 3
+    m.x[12] = 0.75;
+    ExpectClose(FittedMeans(m).Mean(1), 14.0 + 7.0 * 0.75 / 3.0, kRoundoff);
     m = OneWay();
     m.x[8] = 1E-16;  // row 3, column 2: not above eps
     m.w[3] = 100.0;
@@ -124,6 +160,27 @@ TEST(CategoryMeans, ANegativeDummyInALaterColumnExcludesARow)
     m = OneWay();
     m.x[2] = 0.5;  // row 3 is above 0 in column 1 too: a row of both categories
     ExpectClose(FittedMeans(m).Mean(1), 10.0 + (3 * 4 + 3 * (0.5 * 4 + 2)) / 6.0, kRoundoff);
+}
+
+TEST(CategoryMeans, ACovariateFarFromZeroCancelsFromTheContrasts)
+{
+    MeansProblem m = OneWay();
+    m.p = 4;
+    for (int i = 0; i < 6; ++i)
+        m.x.push_back(3E6 + 0.1);
+    m.stats = {4, 2, 7, 1, 10};
+    m.covariance = {1,   0.5, 0,   0.3, -2,  0.5, 4,  0,  0.7, -2, 0,  0, 9,
+                    0.1, -2,  0.3, 0.7, 0.1, 1,   -2, -2, -2,  -2, -2, 16};
+    m.type = {2, 1};
+    m.active = m.nbVars = {1, 1};
+    m.listVars = {1, 2};
+    m.nbSub = m.nbSubInit = {3, 1};
+    m.states = m.cleaned = {0, 0, 0, 0};
+    m.parents = {1, 1, 1, 2};
+    for (const MeansResults& r : {FittedMeans(m), LsMeans(m)}) {
+        ExpectClose(r.Mean(2), 3E6 + 12.1, kRoundoff);
+        ExpectContrast(r, 2, {-5, 13, 1, 3, -5 / std::sqrt(13.0), 2, 3});
+    }
 }
 
 TEST(CategoryMeans, OtherTypesOfFactors)
@@ -277,28 +334,6 @@ TEST(MeansInvariants, PermutingCategoriesPermutesTheReport)
         }
 }
 
-/** Two variables of 2 and 3 categories and the interaction of both, coefficients 1, 2, 4, ..., 1024 and the intercept 0: the
- * shares can be read from the mean. */
-MeansProblem Powers()
-{
-    MeansProblem m;
-    m.p = 11;
-    m.interlevel = 2;
-    m.type = {2, 2, 4};
-    m.active = {1, 1, 1};
-    m.nbVars = {1, 1, 2};
-    m.listVars = {1, 2, 1, 0, 0, 2};
-    m.nbSub = m.nbSubInit = {2, 3, 6};
-    m.parents = {1, 1, 2, 2, 2, 3, 3, 3, 3, 3, 3};
-    m.states = m.cleaned = Integers(11, 0);
-    for (int i = 0; i < 11; ++i)
-        m.stats.push_back(std::ldexp(1.0, i));
-    m.stats.push_back(0.0);
-    m.covariance.assign(144, 0.0);
-    m.df = 1.0;
-    return m;
-}
-
 double MeanOfBits(const Integers& bits)
 {
     double sum = 0.0;
@@ -379,6 +414,7 @@ TEST(Contrasts, OfParameters)
         EXPECT_TRUE(table.Kept(4, column));
     EXPECT_EQ(contrasts(3, 7).second, 15);  // fewer rows than contrasts
     EXPECT_EQ(contrasts(3, 7).first(7, 4), 4.0);
+    EXPECT_EQ(contrasts(3, 7).first(1, 3), 1.0);
     EXPECT_EQ(contrasts(9, 2).second, 0);
     EXPECT_EQ(contrasts(1, 0).second, 1);
 }
