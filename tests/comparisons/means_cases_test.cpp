@@ -169,8 +169,8 @@ TEST(CategoryMeans, ACovariateFarFromZeroCancelsFromTheContrasts)
     for (int i = 0; i < 6; ++i)
         m.x.push_back(3E6 + 0.1);
     m.stats = {4, 2, 7, 1, 10};
-    m.covariance = {1,   0.5, 0,   0.3, -2,  0.5, 4,  0,  0.7, -2, 0,  0, 9,
-                    0.1, -2,  0.3, 0.7, 0.1, 1,   -2, -2, -2,  -2, -2, 16};
+    m.covariance = {1,   0.5, 0,   0.3, -2,  0.5, 4.1, 0,  0.7, -2, 0,  0, 9,
+                    0.1, -2,  0.3, 0.7, 0.1, 1,   -2,  -2, -2,  -2, -2, 16};
     m.type = {2, 1};
     m.active = m.nbVars = {1, 1};
     m.listVars = {1, 2};
@@ -179,7 +179,7 @@ TEST(CategoryMeans, ACovariateFarFromZeroCancelsFromTheContrasts)
     m.parents = {1, 1, 1, 2};
     for (const MeansResults& r : {FittedMeans(m), LsMeans(m)}) {
         ExpectClose(r.Mean(2), 3E6 + 12.1, kRoundoff);
-        ExpectContrast(r, 2, {-5, 13, 1, 3, -5 / std::sqrt(13.0), 2, 3});
+        ExpectContrast(r, 2, {-5, 13.1, 1, 3, -5 / std::sqrt(13.1), 2, 3});
     }
 }
 
