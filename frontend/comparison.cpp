@@ -1,5 +1,6 @@
 #include "comparison.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "korvenrg.h"
@@ -24,6 +25,19 @@ double HarmonicMean(const std::vector<Category>& categories)
     return static_cast<double>(categories.size()) / sum;
 }
 
+/** Takes back what the door says of two groups that do not vary at all: no t, or an infinite one. */
+void WithdrawUntested(Comparison& comparison)
+{
+    const std::size_t rows = comparison.contrasts.rows;
+    for (std::size_t r = 0; r < rows; ++r) {
+        const double t = comparison.contrasts(r, kStandardised);
+        if (!IsMissing(t) && std::isfinite(t)) continue;
+        comparison.verdicts[r] = kNotTested;
+        for (const ContrastColumn column : {kStandardised, kCritical, kProbability})
+            comparison.contrasts.cells[column * rows + r] = kMissing;
+    }
+}
+
 Comparison Test(const CategoryMeans& means, const Fit& fit, Procedure procedure, double alpha, bool harmonic)
 {
     const bool controlsRate = procedure == Procedure::kFalseDiscoveryRate;
@@ -36,11 +50,17 @@ Comparison Test(const CategoryMeans& means, const Fit& fit, Procedure procedure,
         sizes.push_back(category.size);
         variances.push_back(category.variance);
     }
+    const double common = 2.0 * fit.anova(kErrorRow, kMeanSquare) / HarmonicMean(means.categories);
+    if (harmonic) {  // the door leaves out rows without a variance of their own
+        const auto column =
+            result.contrasts.cells.begin() + static_cast<std::ptrdiff_t>(kVariance * means.contrasts.rows);
+        std::fill_n(column, means.contrasts.rows, common);
+    }
     double level = alpha;
     MCATest(static_cast<int>(means.categories.size()),
             sizes.data(),
             variances.data(),
-            2.0 * fit.anova(kErrorRow, kMeanSquare) / HarmonicMean(means.categories),
+            common,
             harmonic ? VARIANT_TRUE : VARIANT_FALSE,
             result.contrasts.data(),
             rows,
@@ -49,6 +69,7 @@ Comparison Test(const CategoryMeans& means, const Fit& fit, Procedure procedure,
             alpha,
             &level,
             result.verdicts.data());
+    WithdrawUntested(result);
     if (controlsRate) {
         Cpp_BenjaminiHochBerg(result.contrasts.data(),
                               kProbabilityColumn,
@@ -60,6 +81,7 @@ Comparison Test(const CategoryMeans& means, const Fit& fit, Procedure procedure,
                           procedure == Procedure::kRegwq;
     const bool adjustsLevel = procedure == Procedure::kBonferroni || procedure == Procedure::kSidak;
     for (std::size_t r = 0; r < means.contrasts.rows; ++r) {
+        if (controlsRate) result.contrasts.cells[kCritical * means.contrasts.rows + r] = kMissing;
         result.levels.push_back(stepwise ? result.contrasts(r, kLevel) : adjustsLevel ? level : alpha);
     }
     return result;
