@@ -2,10 +2,13 @@
 
 #include <cmath>
 #include <initializer_list>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "comparisons/scalar_tests.h"
 #include "core/limits.h"
+#include "kernel/distributions/studentized_tail.h"
 
 namespace korvenrg::comparisons {
 
@@ -18,27 +21,47 @@ struct Threshold
     double critical = 0;
 };
 
-/** The thresholds of the ranges met so far, so that each costs one critical value. */
+/** A range met so far: its threshold, and its law when it is no case for Student's. */
+struct KnownRange
+{
+    double means;
+    Threshold threshold;
+    std::optional<distributions::SharedRangeTails> law;
+};
+
+/** The ranges of a run, so that each costs one critical value, and its p-values share what they can. */
 class RangeMemo
 {
   public:
     explicit RangeMemo(const ComparisonRun& run) : run_(run) {}
 
-    const Threshold* Find(double means) const
+    KnownRange* Find(double means)
     {
-        for (const auto& [known, threshold] : entries_) {
-            if (std::fabs(known - means) < kEps) return &threshold;
+        for (KnownRange& known : ranges_) {
+            if (std::fabs(known.means - means) < kEps) return &known;
         }
         return nullptr;
     }
 
-    Threshold Of(double means)
+    KnownRange& Of(double means)
     {
-        if (const Threshold* known = Find(means)) return *known;
-        const double level = LevelOf(means);
-        const Threshold threshold{level, RangeCritical(means, run_.categories, run_.df, level)};
-        entries_.emplace_back(means, threshold);
-        return threshold;
+        if (KnownRange* known = Find(means)) return *known;
+        KnownRange range{means, {LevelOf(means), 0}, std::nullopt};
+        const double confidence = 1 - range.threshold.level;
+        if (means > 2 && means <= run_.categories && run_.df > 0 && confidence > 0 && confidence < 1) {
+            range.law.emplace(MeansOf(means), run_.df);
+            range.threshold.critical = range.law->Critical(confidence);
+        } else {
+            range.threshold.critical = RangeCritical(means, run_.categories, run_.df, range.threshold.level);
+        }
+        ranges_.push_back(std::move(range));
+        return ranges_.back();
+    }
+
+    double P(double means, double diff)
+    {
+        KnownRange& range = Of(means);
+        return range.law ? range.law->Upper(diff) : RangeP(means, run_.categories, run_.df, diff);
     }
 
   private:
@@ -50,7 +73,7 @@ class RangeMemo
     }
 
     const ComparisonRun& run_;
-    std::vector<std::pair<double, Threshold>> entries_;
+    std::vector<KnownRange> ranges_;
 };
 
 /** The number of sorted means from one category of a row to the other. */
@@ -65,17 +88,16 @@ double MeansSpanned(const ComparisonRun& run, int row)
  * next row where that one's critical value is larger. A row that cannot be tested has those of an earlier one of its
  * range, or zeros.
  */
-std::vector<Threshold> PrepareRegwq(const ComparisonRun& run)
+std::vector<Threshold> PrepareRegwq(const ComparisonRun& run, RangeMemo& memo)
 {
-    RangeMemo memo(run);
     std::vector<Threshold> thresholds;
     for (int row = 1; row <= run.rows; ++row) {
         const double means = MeansSpanned(run, row);
-        const Threshold* known = memo.Find(means);
+        const KnownRange* known = memo.Find(means);
         if (known != nullptr) {
-            thresholds.push_back(*known);
+            thresholds.push_back(known->threshold);
         } else if (run.contrasts->vbget(row, kContrastVariance) > kGuard) {
-            thresholds.push_back(memo.Of(means));
+            thresholds.push_back(memo.Of(means).threshold);
         } else {
             thresholds.emplace_back();
         }
@@ -114,12 +136,11 @@ void JudgeRow(const ComparisonRun& run, int row, double means, Barrier& barrier)
     run.verdicts->vbset(row, significant ? kSignificant : kNotSignificant);
 }
 
-void WriteTest(const ComparisonRun& run, int row, double means, const Threshold& threshold)
+void WriteTest(const ComparisonRun& run, int row, const Threshold& threshold, double p)
 {
     matrix<double>& table = *run.contrasts;
-    const double diff = std::fabs(table.vbget(row, kContrastStandardised));
     table.vbset(row, kContrastCritical, threshold.critical);
-    table.vbset(row, kContrastP, RangeP(means, run.categories, run.df, diff));
+    table.vbset(row, kContrastP, p);
     table.vbset(row, kContrastLevel, threshold.level);
     if (run.procedure == kDuncan) StoreLevel(run, threshold.level);
 }
@@ -137,14 +158,16 @@ void JudgeStepwise(const ComparisonRun& run)
 {
     RangeMemo memo(run);
     std::vector<Threshold> regwq;
-    if (run.procedure == kRegwq) regwq = PrepareRegwq(run);
+    if (run.procedure == kRegwq) regwq = PrepareRegwq(run, memo);
     Barrier barrier;
     for (int row = 1; row <= run.rows; ++row) {
         const double means = MeansSpanned(run, row);
         const bool testable = run.contrasts->vbget(row, kContrastVariance) > kEps;
         if (barrier.LetsThrough(means) && testable) {
             const auto index = static_cast<std::size_t>(row - 1);
-            WriteTest(run, row, means, run.procedure == kRegwq ? regwq[index] : memo.Of(means));
+            const double diff = std::fabs(run.contrasts->vbget(row, kContrastStandardised));
+            const Threshold& threshold = run.procedure == kRegwq ? regwq[index] : memo.Of(means).threshold;
+            WriteTest(run, row, threshold, memo.P(means, diff));
         } else {
             MarkUntested(run, row);
         }

@@ -511,6 +511,9 @@ KORVENRG_API void Cpp_ModifyStdDev(
  * of freedom (9, 10). A row with a group of one observation keeps those of the row before. Codes below 1, 8 and above
  * 11 write column 5 and compare it with what column 6 holds.
  *
+ * Codes 1, 9 and 11 take the studentized range by a fixed quadrature that serves from about 5 to 25000 degrees of
+ * freedom, and p-values down to about 1E-14; docs/accuracy.md has its errors. The other codes are exact to rounding.
+ *
  * Codes 5 to 7 go by the number of means that a row spans, m = |column 3 - column 4| + 1, and write columns 6, 7 and 8.
  * The rows are taken as they are given; hand them over with the ranges falling along each first rank: (1, k), (1, k-1),
  * ..., (1, 2), (2, k), ... A row is tested unless it spans fewer means than the last non-significant row. It is
@@ -602,7 +605,8 @@ KORVENRG_API void Cpp_BenjaminiHochBerg(
 
 /**
  * Tukey's test of one difference: Student's t for two categories, otherwise the studentized range by a fixed quadrature
- * with an error of about 0.0001 in the critical value. That is -1 / sqrt(2) when its search ends without a result.
+ * that serves from about 5 to 25000 degrees of freedom (docs/accuracy.md has its errors). Its search for the critical
+ * value stops at 0.0001; without a result the value is -1 / sqrt(2).
  *
  * oldDF, oldk and oldCrit are a memo of one entry: when oldDF and oldk equal the arguments, the critical value is
  * taken from oldCrit; after each call they hold the arguments and the value. Start them at 0, and again for a new alpha.

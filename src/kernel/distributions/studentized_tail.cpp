@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "kernel/distributions/degrees_of_freedom.h"
 #include "kernel/distributions/gamma_functions.h"
@@ -17,6 +18,12 @@ constexpr double kLeastScaleDf = 0.1;   // fewer degrees of freedom count as the
 constexpr double kFarRatio = 1e100;     // of t to sqrt(df), from which 1 + ratio^2 is ratio^2
 constexpr double kWidestStep = 0.3;     // first step of the outer rule (tuned)
 constexpr double kStepInSpreads = 1.0;  // the same in spreads of the scale's logarithm (tuned)
+
+constexpr double kEqualFactor = 0.707106781186547524401;
+constexpr double kLeastSharedDf = 2;
+constexpr double kMostSharedDf = 1e6;
+constexpr double kLeastSharedConfidence = 0.1;  // below, one minus the upper tail loses digits
+constexpr int kKeysInStep = 64;                 // as often as the rule can halve its step
 
 /** Density of y = log s, where df s^2 is chi-square:
         2 sqrt(a / (2 pi)) exp(-delta(a) + a (log(1 + v) - v)),  a = df / 2,  1 + v = s^2 = e^(2y),
@@ -41,6 +48,19 @@ class LogScaleDensity
     double front_;
 };
 
+/** First step of the rule over the logarithm of the scale. */
+double FirstStep(double df)
+{
+    return std::fmin(kWidestStep, kStepInSpreads / std::sqrt(2 * df));
+}
+
+/** About where the integrand has its peak for a tail like exp(-t^2 s^2 / 2). */
+double CentreOf(double t, double df)
+{
+    const double ratio = std::fabs(t) / std::sqrt(df);
+    return ratio < kFarRatio ? -0.5 * std::log1p(ratio * ratio) : 0.5 * std::log(df) - std::log(std::fabs(t));
+}
+
 /** P = integral of P(normal maximum beyond t s) over the law of s = e^y. For t > 0 the integrand has its peak
     between y = 0 and the centre below, which is where it lies for a tail like exp(-t^2 s^2 / 2). To the right
     it falls double-exponentially; y = centre + (z + 1 - e^-z) / 2 makes it do so on the left, too, where
@@ -49,16 +69,14 @@ class LogScaleDensity
 double TailOverScale(const ComparisonLaw& law, double df, double t, Side side)
 {
     const LogScaleDensity density(df);
-    const double ratio = std::fabs(t) / std::sqrt(df);
-    const double centre =
-        ratio < kFarRatio ? -0.5 * std::log1p(ratio * ratio) : 0.5 * std::log(df) - std::log(std::fabs(t));
+    const double centre = CentreOf(t, df);
     const auto integrand = [&](double z) {
         const double decay = std::expm1(-z);
         const double y = centre + 0.5 * (z - decay);
         const double weight = density(y) * (1 + 0.5 * decay);
         return weight == 0 ? 0 : weight * NormalMaximumTail(law, t * std::exp(y), side);
     };
-    return IntegrateOutward(integrand, std::fmin(kWidestStep, kStepInSpreads / std::sqrt(2 * df)));
+    return IntegrateOutward(integrand, FirstStep(df));
 }
 
 }  // namespace
@@ -109,10 +127,8 @@ double MiddleOf(const Interval& bracket, double t)
 
 /** The secant method on the equivalent deviate, kept within a bracket, with a halving of it now and then. Starts from
     the value that independent comparisons would have, with the deviate as proportional to t. */
-double SearchComparisonQuantile(const ComparisonLaw& law,
-                                double df,
-                                const QuantileGoal& goal,
-                                Interval bracket)
+template <class Tail>
+double SearchComparisonQuantile(const Tail& tail, double df, const QuantileGoal& goal, Interval bracket)
 {
     constexpr int kMostSteps = 150;         // bounds the loop; 3 to 6 are usual
     constexpr int kHalvingPeriod = 6;       // a halving after so many steps, should the secants be slow
@@ -122,7 +138,7 @@ double SearchComparisonQuantile(const ComparisonLaw& law,
     SearchPoint before = {0, 0};
     double t = target;
     for (int i = 0; i < kMostSteps && std::isfinite(t); i++) {
-        const double deviate = EquivalentDeviate(goal, df, StudentizedTail(law, df, t, goal.side));
+        const double deviate = EquivalentDeviate(goal, df, tail(t));
         const SearchPoint now = {t, deviate - target};
         if (now.residual == 0) return t;
         (now.residual < 0 ? bracket.low : bracket.high) = t;
@@ -149,10 +165,63 @@ double StudentizedQuantile(const ComparisonLaw& law, double df, double confidenc
     const bool isOneSided = law.kind == ComparisonKind::kOneSided;
     QuantileGoal goal = {Side::kUpper, 1 - confidence, law.comparisons, isOneSided ? 1 : 2};
     if (confidence < 0.5) goal = {Side::kLower, confidence, law.comparisons, goal.sides};
+    const auto tail = [&](double t) { return StudentizedTail(law, df, t, goal.side); };
     if (!isOneSided || NormalMaximumTail(law, 0, Side::kLower) < confidence)
-        return SearchComparisonQuantile(law, df, goal, {0, HUGE_VAL});
+        return SearchComparisonQuantile(tail, df, goal, {0, HUGE_VAL});
     goal.comparisons = 1;
-    return SearchComparisonQuantile(law, df, goal, {-HUGE_VAL, 0});
+    return SearchComparisonQuantile(tail, df, goal, {-HUGE_VAL, 0});
+}
+
+SharedRangeTails::SharedRangeTails(int means, double df)
+    : law_(MakeComparisonLaw(ComparisonKind::kRange,
+                             std::vector<double>(static_cast<std::size_t>(means - 1), kEqualFactor))),
+      df_(df),
+      step_(FirstStep(df))
+{
+}
+
+// Outside these degrees of freedom the points of the rule are many, or too close together to be shared.
+bool SharedRangeTails::IsShared(double t) const
+{
+    return df_ >= kLeastSharedDf && df_ <= kMostSharedDf && t > 0 && std::isfinite(t);
+}
+
+double SharedRangeTails::NormalTailAt(std::int64_t key)
+{
+    const auto [entry, isNew] = tails_.try_emplace(key, 0.0);
+    if (isNew) {
+        const double ts = std::exp(static_cast<double>(key) * (step_ / kKeysInStep));
+        entry->second = NormalMaximumTail(law_, ts, Side::kUpper);
+    }
+    return entry->second;
+}
+
+double SharedRangeTails::TailOverSharedScale(double t)
+{
+    const LogScaleDensity density(df_);
+    const double logT = std::log(t);
+    const double unit = step_ / kKeysInStep;
+    const std::int64_t start = std::llround((CentreOf(t, df_) + logT) / step_) * kKeysInStep;
+    const auto integrand = [&](double z) {
+        const std::int64_t key = start + std::llround(z / unit);
+        const double weight = density(static_cast<double>(key) * unit - logT);
+        return weight == 0 ? 0 : weight * NormalTailAt(key);
+    };
+    return IntegrateOutward(integrand, step_);
+}
+
+double SharedRangeTails::Upper(double t)
+{
+    if (std::isnan(t)) return t;
+    return IsShared(t) ? TailOverSharedScale(t) : StudentizedTail(law_, df_, t, Side::kUpper);
+}
+
+double SharedRangeTails::Critical(double confidence)
+{
+    if (confidence < kLeastSharedConfidence || !IsShared(1))
+        return StudentizedQuantile(law_, df_, confidence);
+    const QuantileGoal goal = {Side::kUpper, 1 - confidence, law_.comparisons, 2};
+    return SearchComparisonQuantile([&](double t) { return Upper(t); }, df_, goal, {0, HUGE_VAL});
 }
 
 }  // namespace korvenrg::distributions

@@ -172,6 +172,22 @@ TEST(ComparisonLaws, FewerMeansThanFactors)
     EXPECT_EQ(qmcav(3, &ten, 12, 0.95), qmcav(3, &three, 12, 0.95));
 }
 
+// One law at many arguments shares its work; in any order it gives what the single calls give.
+TEST(ComparisonLaws, SharedRangeTailsAreTheSingleOnes)
+{
+    for (const int k : {2, 3, 30})
+        for (const double df : {1.0, 2.0, 24.0, 262.0, 1e6, HUGE_VAL}) {
+            SCOPED_TRACE(::testing::Message() << k << " means, " << df);
+            matrix<double> lambda = FactorsOf(k, kEqual, kEqual);
+            SharedRangeTails shared(k, df);
+            for (const double t : {40.0, 3.1, 3.2, 1e-4, 0.7, 3.15, 12.0, 2.2, 3.1, 0.0, -1.0, HUGE_VAL})
+                ExpectClose(shared.Upper(t), pvmcav(k, &lambda, df, t), kTail);
+            EXPECT_TRUE(std::isnan(shared.Upper(kNaN)));
+            for (const double confidence : {0.95, 0.99999, 0.3, 0.05})
+                ExpectClose(shared.Critical(confidence), qmcav(k, &lambda, df, confidence), kTail);
+        }
+}
+
 TEST(ComparisonLaws, EndsAndInvalidArguments)
 {
     matrix<double> lambda = FactorsOf(4, kEqual, kEqual);
