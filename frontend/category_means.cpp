@@ -249,7 +249,8 @@ std::vector<std::size_t> RowsByFallingRange(const NumberTable& contrasts)
     return rows;
 }
 
-/** Ranks and identifiers counted over the categories that have a mean. */
+/** The categories that have a mean, numbered anew. Of ranks only the distances count, and removed categories stand all in front
+ * or all behind. */
 CategoryMeans WithoutRemoved(const DoorTables& door,
                              const std::vector<Category>& categories,
                              const std::vector<int>& removed)
@@ -268,13 +269,9 @@ CategoryMeans WithoutRemoved(const DoorTables& door,
         newId[c] = static_cast<int>(result.categories.size());
     }
     const auto idOf = [&newId](double id) { return newId[static_cast<std::size_t>(id) - 1]; };
-    double ranksBefore = 0.0;  // of removed categories, in front
     for (std::size_t i = 0; i < categories.size(); ++i) {
         const int id = idOf(door.ranks(i, 0));
-        if (id == 0) {
-            if (result.ranked.empty()) ranksBefore += 1.0;
-            continue;
-        }
+        if (id == 0) continue;
         for (std::size_t c = 0; c < 4; ++c)
             result.means.cells[c * kept + result.ranked.size()] = door.means(i, c);
         result.ranked.push_back(id);
@@ -283,10 +280,8 @@ CategoryMeans WithoutRemoved(const DoorTables& door,
         const auto set = [&](ContrastColumn column, double value) {
             result.contrasts.cells[column * rows.size() + r] = value;
         };
-        for (const ContrastColumn column : {kDifference, kVariance, kStandardised})
+        for (const ContrastColumn column : {kDifference, kVariance, kStandardised, kFirstRank, kSecondRank})
             set(column, door.contrasts(rows[r], column));
-        for (const ContrastColumn column : {kFirstRank, kSecondRank})
-            set(column, door.contrasts(rows[r], column) - ranksBefore);
         for (const ContrastColumn column : {kFirstId, kSecondId})
             set(column, idOf(door.contrasts(rows[r], column)));
     }

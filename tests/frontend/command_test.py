@@ -255,6 +255,13 @@ class Means(InFolder):
         self.assertEqual((done.returncode, done.stdout), (1, ""))
         self.assertIn("--control: 'l' is no category with a mean of 'a'", done.stderr)
 
+    def test_an_interaction_without_a_main_effect(self):
+        tables, _ = self.tables("anova", DATA / "warpbreaks.csv", "--response", "breaks", "--terms", "wool wool*tension",
+                                "--lsmeans", "wool", "--type", "1", more=["lsmeans.csv", "type1.csv"])
+        value = {row: float(cell) for (row, column), cell in tables["parameters"].items() if column == "Value"}
+        cells = sum(value[f"wool-B*tension-{tension}"] for tension in "HLM") / 3
+        self.assertAlmostEqual(float(tables["lsmeans"]["B", "Mean"]), value["Intercept"] + value["wool-B"] + cells)
+
     def test_a_term_that_a_selection_leaves_out(self):
         command = ["anova", DATA / "moore.csv", "--response", "conformity", "--terms", "partner.status fcategory",
                    "--lsmeans", "fcategory", "--lsmeans", "partner.status"]
