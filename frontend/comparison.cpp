@@ -25,7 +25,7 @@ double HarmonicMean(const std::vector<Category>& categories)
     return static_cast<double>(categories.size()) / sum;
 }
 
-/** Takes back what the door says of two groups that do not vary at all: no t, or an infinite one. */
+/** Takes back what the doors say of two groups that do not vary at all: no t, or an infinite one. */
 void WithdrawUntested(Comparison& comparison)
 {
     const std::size_t rows = comparison.contrasts.rows;
@@ -69,7 +69,6 @@ Comparison Test(const CategoryMeans& means, const Fit& fit, Procedure procedure,
             alpha,
             &level,
             result.verdicts.data());
-    WithdrawUntested(result);
     if (controlsRate) {
         Cpp_BenjaminiHochBerg(result.contrasts.data(),
                               kProbabilityColumn,
@@ -77,6 +76,7 @@ Comparison Test(const CategoryMeans& means, const Fit& fit, Procedure procedure,
                               alpha,
                               result.verdicts.data());
     }
+    WithdrawUntested(result);
     const bool stepwise = procedure == Procedure::kNewmanKeuls || procedure == Procedure::kDuncan ||
                           procedure == Procedure::kRegwq;
     const bool adjustsLevel = procedure == Procedure::kBonferroni || procedure == Procedure::kSidak;

@@ -231,8 +231,10 @@ class Means(InFolder):
         self.assertIn("a letter in common", self.means(*command, "tukey")[1])
         # q stands for l: the difference of q and p has no variance, and the test is repeated with a common one.
         data = self.write("y,a,b\n1,k,p\n3,k,p\n8,k,r\n9,k,r\n5,l,q\n7,l,q\n6,l,q\n")
-        tables, printed = self.means("anova", data, "--response", "y", "--terms", "a b", "--lsmeans", "b", "--compare", "lsd")
-        self.assertIn("one variance from the harmonic mean", printed)
+        for procedure in ("bh", "lsd"):
+            tables, printed = self.means("anova", data, "--response", "y", "--terms", "a b", "--lsmeans", "b",
+                                         "--compare", procedure)
+            self.assertIn("one variance from the harmonic mean", printed)
         mse = (2 + 0.5 + 2) / 4
         self.assertAlmostEqual(float(tables["lsmeans_contrasts"]["p - r", "Standard error"]),
                                math.sqrt(2 * mse / (3 / (1 / 2 + 1 / 2 + 1 / 3))))
