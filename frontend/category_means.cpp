@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <numeric>
 
@@ -152,11 +153,21 @@ std::vector<Category> DescribeCategories(const ModelData& data, const CellGrid& 
     return categories;
 }
 
+/** Pairs to be compared; none when only the means are wanted. Throws UserError for more than the doors count. */
+std::size_t CountPairs(const Options& options, const Factor& factor, std::size_t categories)
+{
+    if (!options.procedure && !options.control) return 0;
+    const double pairs = 0.5 * static_cast<double>(categories) * (static_cast<double>(categories) - 1.0);
+    if (pairs * kContrastColumns > std::numeric_limits<int>::max())
+        throw UserError(fmt::format("'{}' has too many categories to compare, {}", factor.name, categories));
+    return static_cast<std::size_t>(pairs);
+}
+
 /** What the doors give, removed categories included. */
 struct DoorTables
 {
-    explicit DoorTables(std::size_t k)
-        : means(k, 4), contrasts(k * (k - 1) / 2, kContrastColumns), ranks(k, 1)
+    DoorTables(std::size_t categories, std::size_t pairs)
+        : means(categories, 4), contrasts(pairs, kContrastColumns), ranks(categories, 1)
     {
     }
 
@@ -174,7 +185,7 @@ DoorTables CallDoor(const ModelData& data,
                     std::size_t term,
                     std::vector<int> removed)
 {
-    DoorTables tables(removed.size());
+    DoorTables tables(removed.size(), CountPairs(options, data.factors[term], removed.size()));
     Design input = design;  // the doors take all arrays as writable
     Fit model = fit;
     std::vector<double> weights = ScaledWeights(data, data.weights);

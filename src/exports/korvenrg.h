@@ -763,7 +763,8 @@ KORVENRG_API void GetContrastsStatVar(
  * factor has all rows. A category without weight has the intercept as its mean.
  *
  * The coefficients have to be those of the fitted columns: oRCoeffs of RunOLS1 with the covariance that it gives under
- * InputInfo(17) = 0.0, in an array that held 0 before the run.
+ * InputInfo(17) = 0.0, in an array that held 0 before the run. The step-down tests of MCATest want the rows of the contrast
+ * table in another order, with the ranges falling along each first rank.
  */
 KORVENRG_API void Cpp_GetMeansContrastsStatVar2(
     double* X,               /**< [in; n x p] coded columns */
