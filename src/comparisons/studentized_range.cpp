@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "kernel/distributions/gamma_functions.h"
+#include "kernel/distributions/normal.h"
 #include "kernel/scalars/scalars.h"
 
 namespace korvenrg::comparisons {
@@ -44,6 +45,7 @@ constexpr Node kOuterRule[] = {{0.98940093499164993260, 0.02715245941175409485},
 constexpr double kRangeEnd = 8.0;     // half a range from here on has probability 1; the integral ends here
 constexpr double kWideRange = 3.0;    // up to here the integral takes three pieces, beyond it two
 constexpr double kMostSquare = 60.0;  // nodes whose square is above are left out with all behind them
+constexpr double kErfReach = 0.75;    // times sqrt(2): from here on a tail is taken from its exponential
 constexpr double kPowerLog = -50.0;   // a first term below exp of this counts as 0
 constexpr double kIntegrandLog = -30.0;  // and so do a term of the integrand and the whole
 
@@ -66,7 +68,8 @@ struct RangeLaw
     double leastCentral;     ///< below it, the chance that no normal leaves the range about 0 counts as 0
     double leastDifference;  ///< the same for the chance inside the range at a node
     double leastTotal;
-    int power;  ///< cc - 1 when it is a whole number that squaring serves, else 0
+    double reach;  ///< as far above the lowest end of the range a largest normal can stand for that
+    int power;     ///< cc - 1 when it is a whole number that squaring serves, else 0
 };
 
 constexpr double kMostWholePower = 128.0;
@@ -75,11 +78,13 @@ RangeLaw RangeLawOf(double rr, double cc)
 {
     const double power = cc - 1;
     const bool whole = power >= 1 && power <= kMostWholePower && power == std::floor(power);
+    const double leastDifference = std::exp(kIntegrandLog / power);
     return {rr,
             cc,
             std::exp(kPowerLog / cc),
-            std::exp(kIntegrandLog / power),
+            leastDifference,
             std::exp(kIntegrandLog / rr),
+            -InvCDFNormalStd(leastDifference),
             whole ? static_cast<int>(power) : 0};
 }
 
@@ -99,10 +104,15 @@ double ChanceOfOthers(const RangeLaw& law, double r)
     return law.power != 0 ? WholePower(r, law.power) : std::pow(r, law.cc - 1);
 }
 
-/** Twice the normal distribution function. */
-double TwiceNormal(double u)
+/** Twice the normal distribution function, derf(u / sqrt(2)) + 1 for u > 0 and derfc(-u / sqrt(2)) otherwise. The
+    exponential of the tail, exp(-u^2 / 2), comes from the caller, who may have it already. */
+template <typename Exponential>
+double TwiceNormal(double u, const Exponential& exponential)
 {
-    return u > 0 ? derf(u * kRootHalf) + 1 : derfc(-u * kRootHalf);
+    const double z = std::fabs(u) * kRootHalf;
+    if (!(z > kErfReach)) return 1 + derf(u * kRootHalf);
+    const double tail = distributions::ScaledErfc(z) * exponential();
+    return u > 0 ? 2 - tail : tail;
 }
 
 /** The integrand's sum over one piece; the largest normal stands at the node, the others within w below it. Their
@@ -116,9 +126,14 @@ double PieceSum(const RangeLaw& law, double w, double centre, double halfWidth, 
         const double largest = centre + halfWidth * (left ? -node.abscissa : node.abscissa);
         const double square = largest * largest;
         if (square > kMostSquare) break;
-        const double r = 0.5 * TwiceNormal(largest) - 0.5 * TwiceNormal(largest - w);
+        ended = largest - w > law.reach;  // r is below the normal tail from there
+        if (ended) break;
+        const double lowest = largest - w;
+        const double exponential = std::exp(-0.5 * square);
+        const double r = 0.5 * TwiceNormal(largest, [&] { return exponential; }) -
+                         0.5 * TwiceNormal(lowest, [&] { return std::exp(-0.5 * lowest * lowest); });
         ended = !(r >= law.leastDifference);
-        if (!ended) sum += node.weight * std::exp(-0.5 * square) * ChanceOfOthers(law, r);
+        if (!ended) sum += node.weight * exponential * ChanceOfOthers(law, r);
     }
     return sum;
 }
@@ -131,7 +146,7 @@ double RangeProbability(const RangeLaw& law, double w, bool& saturated)
     if (half >= kRangeEnd) return 1;
 
     const double central = derf(half * kRootHalf);
-    double total = central >= law.leastCentral ? std::pow(central, law.cc) : 0;
+    double total = central >= law.leastCentral ? central * ChanceOfOthers(law, central) : 0;
     const int pieces = w <= kWideRange ? 3 : 2;
     const double halfWidth = 0.5 * (kRangeEnd - half) / pieces;
     bool ended = false;
@@ -215,9 +230,9 @@ bool SecantStops(double q, double before)
     return std::fabs(q - before) < kSecantStop;
 }
 
-// Odeh and Evans' rational approximation of the normal deviate with the upper tail `tail`, save that their second
-// coefficient is -0.0204231210245: here the deviate is up to a fifth too small, and stays so, since the last digits of
-// the quantile hang on where the search starts. Pinned by StudentizedRange.StartOfTheInverse.
+// Odeh and Evans' rational approximation of the normal deviate, save that their second coefficient is -0.0204231210245:
+// here the deviate is a fifth too small at 95 %, and stays so, since the quantile's last digits hang on the start of its
+// search. Pinned by StudentizedRange.StartOfTheInverse.
 double NormalDeviate(double tail)
 {
     const double y = std::sqrt(std::log(1 / (tail * tail)));

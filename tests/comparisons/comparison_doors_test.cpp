@@ -122,7 +122,24 @@ TEST(MCBTest, OtherTailCodes)
     EXPECT_EQ(linear_test::CellsOf(beyond.table), linear_test::CellsOf(lower.table));
     EXPECT_EQ(beyond.verdicts[0], 1);  // -1 is above the critical value of about -2.2
     EXPECT_EQ(lower.verdicts[0], 0);
-    EXPECT_EQ(beyond.verdicts[1], 0);  // a third contrast of the control has no row
+    EXPECT_EQ(beyond.verdicts[1], 0);
+    // a third contrast of the control has no row, and does not spill into the second column
+    EXPECT_EQ(upper.table(1, kControlStandardised), -1.0);
+}
+
+TEST(MCBTest, TheCriticalValueItselfIsNotSignificant)
+{
+    for (const int tail : {0, -1, 1}) {
+        Layout layout{.k = 3, .df = 10};
+        layout.contrasts = {{1, 1, 1, 2, 1, 2}, {1, 1, 1, 3, 1, 3}};
+        layout.contrasts[0].difference =
+            CompareWithControl(layout, {0.7, 0.7}, tail).table(1, kControlCritical);
+        layout.contrasts[1].difference =
+            std::nextafter(layout.contrasts[0].difference, tail < 0 ? -9.0 : 9.0);
+        const Controlled r = CompareWithControl(layout, {0.7, 0.7}, tail);
+        EXPECT_EQ(r.verdicts[0], 0) << tail;
+        EXPECT_EQ(r.verdicts[1], 1) << tail;
+    }
 }
 
 // ---- plain contrasts ----
