@@ -736,6 +736,209 @@ KORVENRG_API VARIANT_BOOL Cpp_BuildGroupingForDiffs(
     VARIANT_BOOL iSortDown /**< [in] -1: from the largest mean down, otherwise from the smallest up */
 );
 
+/**
+ * Differences between the reported parameters of one factor, all pairs i < j of its m parameters in their order, with
+ * the variances that a fit gives them: the first columns of a table for TestContrasts.
+ */
+KORVENRG_API void GetContrastsStatVar(
+    int p,                  /**< [in] number of coded columns */
+    int NbParams,           /**< [in] number of parameters, p + 1: the columns', then the intercept */
+    int Interlevel,         /**< [in] ignored */
+    int FactID,             /**< [in] the factor, from 1 */
+    int* FactSubParents,    /**< [in; p] factor of each column; those of one factor are contiguous */
+    double* iStats,         /**< [in; NbParams] reported parameters, oCoeffs of RunOLS1 */
+    double* iVarCov,        /**< [in; NbParams x NbParams] their covariance, oVarCovCoef of RunOLS1 */
+    int iNbContrasts,       /**< [in] rows of the table; contrasts beyond it are left out */
+    int* NbContrasts,       /**< [out; 1] m (m - 1) / 2 */
+    double* oContrastsStats /**< [out; iNbContrasts x 5] 1 parameter i less parameter j, 2 variance, 3 i, 4 j, from 1;
+                                 column 5 stays */
+);
+
+/**
+ * Means of the fitted values within the categories of one factor, ranked, and their contrasts.
+ *
+ * A mean is that of the model at the weighted means of all columns over the rows of the category, with the error and
+ * the limits of Student's law. The rows of a category of a qualitative factor are those above 0 in its column that
+ * are not below 0 in this or a later column of the factor; of a mixed interaction, those not 0 in its column; a quantitative
+ * factor has all rows. A category without weight has the intercept as its mean.
+ *
+ * The coefficients have to be those of the fitted columns: oRCoeffs of RunOLS1 with the covariance that it gives under
+ * InputInfo(17) = 0.0, in an array that held 0 before the run. The step-down tests of MCATest want the rows of the contrast
+ * table in another order, with the ranges falling along each first rank.
+ */
+KORVENRG_API void Cpp_GetMeansContrastsStatVar2(
+    double* X,               /**< [in; n x p] coded columns */
+    double* W,               /**< [in; n] weights */
+    int n,                   /**< [in] number of rows */
+    int p,                   /**< [in] number of columns */
+    int NbContrasts,         /**< [in] rows of the contrast table, K (K - 1) / 2; contrasts beyond it are left out */
+    int NbFactors,           /**< [in] number of factors */
+    int Interlevel,          /**< [in] ignored */
+    int FactID,              /**< [in] the factor, from 1 */
+    int FactType,            /**< [in] its type, 1 to 5 */
+    int* FactNbSub,          /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactSubParents,     /**< [in; p] factor of each column; those of one factor are contiguous */
+    int* RemovedVect,        /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,          /**< [in; p+1] coefficients of the fitted columns, the intercept last */
+    double* iVarCov,         /**< [in; (p+1) x (p+1)] their covariance; 0 for columns outside the model */
+    double alpha,            /**< [in] 1 less the level of the limits */
+    double DFErrors,         /**< [in] degrees of freedom of the error */
+    double* oMeans,          /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                                  categories come first, with missing cells */
+    double* oContrastsStats, /**< [out; NbContrasts x 10] pairs of ranks i < j, j rising: 1 mean of rank i less that of
+                                  rank j, 2 variance, 3 i, 4 j, 5 difference / root of the variance, 9, 10 the two
+                                  categories; 5 is missing without variance, 1, 2 and 5 with a removed category; the
+                                  other columns stay */
+    double* Ranks,           /**< [out; K] category of each row of oMeans, from 1 */
+    int* NbNull              /**< [out; 1] number of removed categories */
+);
+
+/**
+ * Least-squares means of the categories of one factor, ranked, and their contrasts (Searle, Speed and Milliken 1980,
+ * "Population marginal means in the linear model: an alternative to least squares means").
+ *
+ * A mean is the model with the category's own parameter, the parameters of each interaction with the category in equal
+ * shares, those of each other qualitative factor in equal shares of the parameters that are not constant, and each
+ * covariate, and each column of a mixed interaction that goes with the category, at its weighted mean over all rows. A
+ * factor goes with the category through the variables it has in common with FactID. An empty cell of an interaction counts
+ * in the shares, with the coefficient 0.
+ *
+ * The parameters have to be the reported ones: oCoeffs of RunOLS1 with the covariance that it gives under InputInfo(17)
+ * other than 0.0.
+ */
+KORVENRG_API void GetLSMeansContrastsStatVar(
+    double* X,               /**< [in; n x p] coded columns */
+    double* W,               /**< [in; n] weights */
+    int n,                   /**< [in] number of rows */
+    int p,                   /**< [in] number of columns */
+    int NbParams,            /**< [in] ignored: p + 1 */
+    int NbContrasts,         /**< [in] rows of the contrast table, K (K - 1) / 2; contrasts beyond it are left out */
+    int NbFactors,           /**< [in] number of factors */
+    int Interlevel,          /**< [in] highest number of variables in one factor */
+    int FactID,              /**< [in] the factor, from 1 */
+    int* FactType,           /**< [in; NbFactors] 1 quantitative, 2 qualitative, 3, 4, 5 interactions */
+    int* FactActive,         /**< [in; NbFactors] ignored: a factor is in the model when FactSubParents has it */
+    int* FactNbSubInit,      /**< [in; NbFactors] columns of each factor in a table of all factors, so that each variable
+                                  has its number of categories, whether or not its main effect is in the model */
+    int* FactNbSub,          /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactSubRemoved,     /**< [in; p] states of the columns; 50000 (constant) is left out of the equal shares */
+    int* FactSubCleaned,     /**< [in; p] ignored: all columns of the table keep their place */
+    int* FactListVars,       /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,         /**< [in; NbFactors] number of variables of each factor */
+    int* FactSubParents,     /**< [in; p] factor of each column; those of one factor are contiguous, in the order of the
+                                  design table */
+    int* RemovedVect,        /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,          /**< [in; p+1] reported parameters, the intercept last */
+    double* iVarCov,         /**< [in; (p+1) x (p+1)] their covariance */
+    double alpha,            /**< [in] 1 less the level of the limits */
+    double DFErrors,         /**< [in] degrees of freedom of the error */
+    double* oMeans,          /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                                  categories come last, with missing cells */
+    double* oContrastsStats, /**< [out; NbContrasts x 10] as in Cpp_GetMeansContrastsStatVar2; the pairs with a removed
+                                  category come last */
+    double* Ranks,           /**< [out; K] category of each row of oMeans, from 1 */
+    int* NbNull              /**< [out; 1] number of removed categories */
+);
+
+/**
+ * Means of the fitted values within the categories of one factor, ranked: Cpp_GetMeansContrastsStatVar2 without
+ * contrasts. The coefficients are those of the fitted columns.
+ */
+KORVENRG_API void Cpp_GetCategoryMeans2(
+    double* X,           /**< [in; n x p] coded columns */
+    double* W,           /**< [in; n] weights */
+    int n,               /**< [in] number of rows */
+    int p,               /**< [in] number of columns */
+    int NbFactors,       /**< [in] number of factors */
+    int Interlevel,      /**< [in] highest number of variables in one factor */
+    int FactID,          /**< [in] the factor, from 1 */
+    int* FactType,       /**< [in; NbFactors] type of each factor */
+    int* FactActive,     /**< [in; NbFactors] ignored */
+    int* FactNbSubInit,  /**< [in; NbFactors] ignored */
+    int* FactNbSub,      /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactListVars,   /**< [in; NbFactors x Interlevel] ignored */
+    int* FactNbVars,     /**< [in; NbFactors] ignored */
+    int* FactSubParents, /**< [in; p] factor of each column; those of one factor are contiguous */
+    int* RemovedVect,    /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,      /**< [in; p+1] coefficients of the fitted columns, the intercept last */
+    double* iVarCov,     /**< [in; (p+1) x (p+1)] their covariance; 0 for columns outside the model */
+    double alpha,        /**< [in] 1 less the level of the limits */
+    double DFErrors,     /**< [in] degrees of freedom of the error */
+    double* oMeans,      /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                              categories come first, with missing cells */
+    double* oMeanIDs     /**< [out; K] category of each row of oMeans, from 1 */
+);
+
+/**
+ * Least-squares means of the categories of one factor, ranked: GetLSMeansContrastsStatVar without contrasts. The
+ * parameters are the reported ones.
+ */
+KORVENRG_API void Cpp_GetCategoryLSMeans(
+    double* X,           /**< [in; n x p] coded columns */
+    double* W,           /**< [in; n] weights */
+    int n,               /**< [in] number of rows */
+    int p,               /**< [in] number of columns */
+    int NbParams,        /**< [in] ignored: p + 1 */
+    int NbFactors,       /**< [in] number of factors */
+    int Interlevel,      /**< [in] highest number of variables in one factor */
+    int FactID,          /**< [in] the factor, from 1 */
+    int* FactType,       /**< [in; NbFactors] type of each factor */
+    int* FactActive,     /**< [in; NbFactors] ignored */
+    int* FactNbSubInit,  /**< [in; NbFactors] columns of each factor in a table of all factors */
+    int* FactNbSub,      /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactSubRemoved, /**< [in; p] states of the columns; 50000 (constant) is left out of the equal shares */
+    int* FactSubCleaned, /**< [in; p] ignored */
+    int* FactListVars,   /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,     /**< [in; NbFactors] number of variables of each factor */
+    int* FactSubParents, /**< [in; p] factor of each column; those of one factor are contiguous, in the order of the
+                              design table */
+    int* RemovedVect,    /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,      /**< [in; p+1] reported parameters, the intercept last */
+    double* iVarCov,     /**< [in; (p+1) x (p+1)] their covariance */
+    double alpha,        /**< [in] 1 less the level of the limits */
+    double DFErrors,     /**< [in] degrees of freedom of the error */
+    double* oMeans,      /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                              categories come last, with missing cells */
+    double* oMeanIDs     /**< [out; K] category of each row of oMeans, from 1 */
+);
+
+/**
+ * Flags the columns in state 50000 (constant: an empty cell, a category without rows) and, in the main effects, the
+ * category of each of their variables: the place of a column in its factor is read as a number whose digits are the categories,
+ * the first variable changing slowest. Variables with one column have no category, main effects outside the table no
+ * column to flag.
+ */
+KORVENRG_API void Cpp_identifyRemoved(
+    int* iFactActive,        /**< [in; NbFactors] ignored */
+    int NbFactors,           /**< [in] number of factors */
+    int p,                   /**< [in] number of columns */
+    int Interlevel,          /**< [in] highest number of variables in one factor */
+    int* iFactSubParents,    /**< [in; p] factor of each column */
+    int* iFactListVars,      /**< [in; NbFactors x Interlevel] variables of each factor, 0 behind the last */
+    int* iFactNbSub,         /**< [in; NbFactors] columns of each factor; of a variable's main effect, its categories */
+    int* iFactSubRemoved,    /**< [in; p] states of the columns */
+    int* oFactRemovedParents /**< [out; p] 1 for a flagged column; the other cells stay */
+);
+
+/**
+ * Cpp_identifyRemoved without a list of parents: the active factors stand one after the other with their columns of
+ * iFactNbSubInit. A column is removed when its state or its cleaned state is 50000. Quantitative variables have no
+ * category.
+ */
+KORVENRG_API void Cpp_identifyRemoved2(
+    int* iFactActive,        /**< [in; NbFactors] 1: the factor has columns in the table */
+    int NbFactors,           /**< [in] number of factors */
+    int p,                   /**< [in] number of columns */
+    int Interlevel,          /**< [in] highest number of variables in one factor */
+    int* iFactType,          /**< [in; NbFactors] type of each factor */
+    int* iFactListVars,      /**< [in; NbFactors x Interlevel] variables of each factor, 0 behind the last */
+    int* iFactNbSubInit,     /**< [in; NbFactors] columns of each factor; of a variable's main effect, its categories, in
+                                  the table or not */
+    int* iFactSubRemoved,    /**< [in; p] states of the columns */
+    int* iFactSubCleaned,    /**< [in; p] states after cleaning, of BuildModelTable2 */
+    int* oFactRemovedParents /**< [out; p] 1 for a flagged column; the other cells stay */
+);
+
 #ifdef __cplusplus
 }
 #endif
