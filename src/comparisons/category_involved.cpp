@@ -13,7 +13,8 @@ namespace {
 // Categories of a variable; one for a variable without a count, so that every position has its digits.
 std::int64_t CategoriesOf(const FactorVariables& factors, int variable)
 {
-    const bool quantitative = factors.type != nullptr && factors.type->vbget(variable) == kQuantitative;
+    const bool quantitative =
+        factors.type != nullptr && factors.type->vbget(variable) == linear::kQuantitative;
     return quantitative ? 1 : std::max(factors.categoryCounts->vbget(variable), 1);
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/matrix.h"
+#include "linear/factor_description.h"
 
 /**
  * Whether two coded columns stand for the same categories of the variables that their factors share.
@@ -39,17 +40,6 @@ KORVENRG_API short CategoryInvolved(int column1,
                                     matrix<int>* FactSubParents);
 
 namespace korvenrg::comparisons {
-
-/** Type of a quantitative main effect and of a mixed interaction; the other types are told apart by isQualiPure. */
-enum FactorType
-{
-    kQuantitative = 1,
-    kQuantitativeInteraction = 3,
-    kMixedInteraction = 5
-};
-
-/** A column whose standard deviation is exactly 0. */
-inline constexpr int kConstantColumn = 50000;
 
 /** The columns of a factor, which are contiguous. Without any, last is below first. */
 struct ColumnBlock

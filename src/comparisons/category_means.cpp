@@ -66,7 +66,7 @@ std::vector<RowList> RowsOfCategories(const ModelRows& rows,
                                       int categories)
 {
     if (isQualiPure(type) == kTrue) return RowsByDummies(rows, block, categories);
-    if (type == kMixedInteraction) return RowsByProducts(rows, block, categories);
+    if (type == linear::kMixedInteraction) return RowsByProducts(rows, block, categories);
     return AllRows(rows, categories);
 }
 

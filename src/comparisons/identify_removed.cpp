@@ -12,7 +12,7 @@ constexpr int kFlag = 1;
 
 bool IsConstant(const matrix<int>& states, int column)
 {
-    return states.vbget(column) == kConstantColumn;
+    return states.vbget(column) == linear::kConstant;
 }
 
 // A variable with several columns is qualitative; the main effect of a quantitative one has a single column, which is no

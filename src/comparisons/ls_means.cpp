@@ -62,7 +62,7 @@ void DescribeFactors(LsModel& model)
         ColumnBlock& block = model.blocks[At(f)];
         if (block.last < block.first) block.first = r;
         block.last = r;
-        if (model.subRemoved->vbget(r) != kConstantColumn) ++model.nbParameters[At(f)];
+        if (model.subRemoved->vbget(r) != linear::kConstant) ++model.nbParameters[At(f)];
     }
     for (int f = 1; f <= model.factors.nbFactors; ++f) {
         model.linked[At(f)] = model.factors.ShareVariable(f, model.factor) ? 1 : 0;
@@ -84,7 +84,7 @@ Share ShareOf(const LsModel& model, int category, int r)
     const int f = model.subParents->vbget(r);
     if (!model.Knows(f)) return Share::kNone;
     const int type = model.factors.type->vbget(f);
-    const bool mixed = type == kMixedInteraction;
+    const bool mixed = type == linear::kMixedInteraction;
     const int position = r - model.blocks[At(f)].first;
     if (f == model.factor) {
         if (position != category - 1) return Share::kNone;

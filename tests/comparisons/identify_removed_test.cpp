@@ -96,9 +96,9 @@ Integers Flagged(Factors t, Order form, const Integers& removed, const Integers&
 {
     Integers states(static_cast<size_t>(t.p), 0), after(static_cast<size_t>(t.p), kDropped);
     for (const int j : removed)
-        states[At(j)] = kConstant;
+        states[At(j)] = korvenrg::linear::kConstant;
     for (const int j : cleaned)
-        after[At(j)] = kConstant;
+        after[At(j)] = korvenrg::linear::kConstant;
     states[0] = kRefused;
     GuardedArray<int> flags(static_cast<size_t>(t.p));
     if (form == Order::kParents)
