@@ -27,17 +27,18 @@ void CopyFit(const LogitFit& source, LogitFit& target)
     target.statistics = source.statistics;
 }
 
-LogitWork::LogitWork(const LogitModel& model)
+LogitWork::LogitWork(int n, int blocks)
 {
-    const auto n = static_cast<std::size_t>(std::max(model.n, 0));
-    const auto blocks = static_cast<std::size_t>(model.layout.blocks);
-    predictor.assign(blocks, std::vector<double>(n));
-    probability.assign(blocks, std::vector<double>(n));
-    if (model.IsMultinomial()) {
-        reference.resize(n);
+    const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    const auto count = static_cast<std::size_t>(std::max(blocks, 0));
+    ones.assign(rows, 1.0);
+    predictor.assign(count, std::vector<double>(rows));
+    probability.assign(count, std::vector<double>(rows));
+    if (count > 1) {
+        reference.resize(rows);
     } else {
-        natural.resize(n);
-        density.resize(n);
+        natural.resize(rows);
+        density.resize(rows);
     }
 }
 

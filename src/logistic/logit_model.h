@@ -78,14 +78,15 @@ struct LogitModel
 {
     int n;
     ParameterLayout layout;
-    linalg::Columns columns;     ///< p columns of the design
-    const double* response;      ///< Y; of one block alone
-    const double* isReference;   ///< 1 where Y is the reference category; of several blocks alone
-    linalg::Columns indicators;  ///< K columns, 1 where Y is the category of the block; of several blocks alone
-    const double* caseWeights;   ///< Wc, or trials
-    const double* secondWeights;  ///< Wr, rescaled
-    int form;                     ///< ResponseForm
-    int link;                     ///< LinkCode; kLogit when there are several blocks
+    linalg::Columns columns;    ///< p columns of the design
+    const double* response;     ///< Y; of one block alone
+    const double* isReference;  ///< 1 where Y is the reference category; of several blocks alone
+    linalg::Columns
+        indicators;  ///< K columns, 1 where Y is the category of the block; of several blocks alone
+    const double* caseWeights;     ///< Wc, or trials
+    const double* secondWeights;   ///< Wr, rescaled
+    int form;                      ///< ResponseForm
+    int link;                      ///< LinkCode; kLogit when there are several blocks
     const double* givenMortality;  ///< K cells, as the caller gave them
 
     bool IsMultinomial() const
@@ -197,11 +198,13 @@ struct LogitWork
 {
     std::vector<std::vector<double>> predictor;    ///< eta_k
     std::vector<std::vector<double>> probability;  ///< P_k, mortality included, clamped
-    std::vector<double> reference;                 ///< probability of the reference category; of several blocks alone
-    std::vector<double> natural;                   ///< F, without mortality and unclamped; of one block alone
-    std::vector<double> density;                   ///< dP / d eta; of one block alone, filled by LogitDerivatives
+    std::vector<double> reference;  ///< probability of the reference category; of several blocks alone
+    std::vector<double> natural;    ///< F, without mortality and unclamped; of one block alone
+    std::vector<double> density;    ///< dP / d eta; of one block alone, filled by LogitDerivatives
 
-    explicit LogitWork(const LogitModel& model);
+    std::vector<double> ones;  ///< the column of the intercept
+
+    LogitWork(int n, int blocks);
 };
 
 }  // namespace korvenrg::logistic

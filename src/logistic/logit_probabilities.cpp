@@ -4,13 +4,17 @@
 
 #include "kernel/linalg/row_forms.h"
 #include "logistic/link_functions.h"
+#include "logistic/row_sum.h"
 
 namespace korvenrg::logistic {
 
 namespace {
 
 // eta = x'b + a of one block, over the columns with a slope.
-void PredictBlock(const LogitModel& model, const matrix<double>& parameters, int block, std::vector<double>& eta)
+void PredictBlock(const LogitModel& model,
+                  const matrix<double>& parameters,
+                  int block,
+                  std::vector<double>& eta)
 {
     std::vector<const double*> used;
     std::vector<double> slopes;
@@ -20,8 +24,11 @@ void PredictBlock(const LogitModel& model, const matrix<double>& parameters, int
         used.push_back(model.columns[static_cast<std::size_t>(j - 1)]);
         slopes.push_back(slope);
     }
-    linalg::LinearCombination(
-        used, model.n, slopes.data(), parameters.vbget(model.layout.Intercept(block)), eta.data());
+    linalg::LinearCombination(used,
+                              model.n,
+                              slopes.data(),
+                              parameters.vbget(model.layout.Intercept(block)),
+                              eta.data());
 }
 
 void OneBlockProbabilities(const LogitModel& model, double mortality, LogitWork& work)
@@ -115,7 +122,8 @@ void LogitProbabilities(const LogitModel& model, const matrix<double>& parameter
 
 double LogitLogLikelihood(const LogitModel& model, const LogitWork& work)
 {
-    return model.IsMultinomial() ? SeveralBlockLogLikelihood(model, work) : OneBlockLogLikelihood(model, work);
+    return model.IsMultinomial() ? SeveralBlockLogLikelihood(model, work)
+                                 : OneBlockLogLikelihood(model, work);
 }
 
 }  // namespace korvenrg::logistic

@@ -263,6 +263,23 @@ AddBlock* BestAddBlock()
     }
 }
 
+// Sum of x v over the rows of one block.
+double ProductOfBlock(const double* x, const double* v, std::size_t rows)
+{
+    Lanes sums[kStreams] = {};
+    std::size_t row = 0;
+    for (; row + kStreams * kLanes <= rows; row += kStreams * kLanes) {
+        for (std::size_t s = 0; s < kStreams; ++s) {
+            sums[s] += LoadLanes(x + row + s * kLanes) * LoadLanes(v + row + s * kLanes);
+        }
+    }
+    double sum = FoldLanes((sums[0] + sums[2]) + (sums[1] + sums[3]));
+    for (; row < rows; ++row) {
+        sum += x[row] * v[row];
+    }
+    return sum;
+}
+
 auto BestShiftedSum()
 {
     switch (BestInstructionSet()) {
@@ -332,6 +349,18 @@ void CrossProducts(Columns columns,
             if (corrected && total != 0.0) sum -= block.sums[i] * block.sums[j] / total;
             products[j * q + i] = sum;
             products[i * q + j] = sum;
+        }
+    }
+}
+
+void ColumnProducts(Columns columns, int n, const double* v, double* out)
+{
+    const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    std::fill_n(out, columns.size(), 0.0);
+    for (std::size_t first = 0; first < rows; first += kBlockRows) {
+        const std::size_t count = std::min(kBlockRows, rows - first);
+        for (std::size_t j = 0; j < columns.size(); ++j) {
+            out[j] += ProductOfBlock(columns[j] + first, v + first, count);
         }
     }
 }

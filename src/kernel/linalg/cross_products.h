@@ -1,5 +1,4 @@
-/** Weighted means of columns as two doubles, and cross-products about given centres: the base of all moments.
- */
+/** Weighted means of columns as two doubles, and cross-products about given centres: the base of all moments. */
 #pragma once
 
 #include <vector>
@@ -48,5 +47,8 @@ void CrossProducts(Columns columns,
                    const Centres& centres,
                    bool corrected,
                    double* products);
+
+/** out(j) = sum over n rows of x_j(r) v(r), in eight lanes. */
+void ColumnProducts(Columns columns, int n, const double* v, double* out);
 
 }  // namespace korvenrg::linalg

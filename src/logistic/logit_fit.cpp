@@ -1,0 +1,328 @@
+#include "logistic/logit_fit.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "kernel/linalg/newton_step.h"
+#include "kernel/linalg/products.h"
+#include "logistic/link_functions.h"
+#include "logistic/logit_derivatives.h"
+#include "logistic/logit_probabilities.h"
+#include "logistic/newton_search.h"
+#include "logistic/row_sum.h"
+
+namespace korvenrg::logistic {
+
+namespace {
+
+constexpr int kMovesBack = 15;
+constexpr double kStartLogLikelihood = -1E20;
+// Arguments that the family passes to the Newton step.
+constexpr short kUndamped = kFalse;
+constexpr double kRidge = 0.5;
+// Results of the Newton step.
+constexpr int kStopAtOnce = 2;
+// A change of the log-likelihood counts from these iterations on.
+constexpr int kSettledIterations = 5;
+constexpr int kSettledIterationsWithMortality = 15;
+// Several blocks: a fitted probability above this from iteration 9 on is taken as separation.
+constexpr int kIterationsBeforeGuard = 8;
+constexpr double kSeparated = 0.95;
+// Variances of an observation at or below this add nothing to Pearson's chi-square.
+constexpr double kSmallestVariance = 1E-12;
+
+// One run of the iteration.
+struct Newton
+{
+    const LogitModel& model;
+    const FitOptions& options;
+    LogitFit& fit;
+    LogitWork& work;
+    bool accepted = false;
+    int stepResult = 0;
+    double before = kStartLogLikelihood;
+
+    double& LogLikelihood() const
+    {
+        return fit.statistics.logLikelihood;
+    }
+};
+
+void PutStartValues(LogitFit& fit)
+{
+    for (int k = 1; k <= fit.layout.blocks; ++k) {
+        fit.parameters.vbset(fit.layout.Intercept(k), fit.intercepts[static_cast<std::size_t>(k - 1)]);
+        fit.parameters.vbset(fit.layout.Mortality(k), fit.mortality[static_cast<std::size_t>(k - 1)]);
+    }
+}
+
+void TakeBackStartValues(LogitFit& fit)
+{
+    for (int k = 1; k <= fit.layout.blocks; ++k) {
+        fit.intercepts[static_cast<std::size_t>(k - 1)] = fit.parameters.vbget(fit.layout.Intercept(k));
+        fit.mortality[static_cast<std::size_t>(k - 1)] = fit.parameters.vbget(fit.layout.Mortality(k));
+    }
+}
+
+void MarkMortality(LogitFit& fit, MaskMark mark)
+{
+    for (int k = 1; k <= fit.layout.blocks; ++k) {
+        fit.fixedMask.vbset(fit.layout.Mortality(k), mark);
+    }
+}
+
+void KeepMortalityNonNegative(LogitFit& fit)
+{
+    for (int k = 1; k <= fit.layout.blocks; ++k) {
+        const int position = fit.layout.Mortality(k);
+        if (fit.parameters.vbget(position) < 0.0) fit.parameters.vbset(position, 0.0);
+    }
+}
+
+void RecomputeDerivatives(Newton& newton)
+{
+    LogitDerivatives(newton.model, DerivativesOf(newton.options), newton.fit, newton.work);
+}
+
+// Log-likelihood at one point of the line search. Derivatives are needed where the search ends and, for the
+// penalty, everywhere.
+double EvaluateMove(Newton& newton, int move)
+{
+    LogitProbabilities(newton.model, newton.fit.parameters, newton.work);
+    double value = LogitLogLikelihood(newton.model, newton.work);
+    if (newton.options.firth) {
+        RecomputeDerivatives(newton);
+        value += FirthPenalty(newton.fit);
+    } else if (move == kMovesBack || value - newton.before > kSmallestRise) {
+        RecomputeDerivatives(newton);
+    }
+    newton.LogLikelihood() = value;
+    return value;
+}
+
+// |change of the log-likelihood| < convergence, once the iteration has settled.
+bool HasConverged(const Newton& newton)
+{
+    const int settled =
+        newton.options.estimatesMortality ? kSettledIterationsWithMortality : kSettledIterations;
+    return std::fabs(newton.before - newton.LogLikelihood()) < newton.options.convergence &&
+           newton.fit.statistics.iterations > settled;
+}
+
+// Several blocks: some P_k > 0.95 from iteration 9 on. One block keeps no probabilities by category, so it never is.
+bool IsSeparated(const Newton& newton)
+{
+    if (!newton.model.IsMultinomial() || newton.fit.statistics.iterations <= kIterationsBeforeGuard)
+        return false;
+    return std::ranges::any_of(newton.work.probability, [](const std::vector<double>& P) {
+        return std::ranges::any_of(P, [](double probability) { return probability > kSeparated; });
+    });
+}
+
+// The Newton decrement is below what the convergence limit can see.
+bool StepSaysStop(const Newton& newton)
+{
+    return newton.stepResult == kStopAtOnce;
+}
+
+// Counter above the limit; a limit of 0 still makes one iteration.
+bool IsExhausted(const Newton& newton)
+{
+    return newton.fit.statistics.iterations > newton.options.maxIterations;
+}
+
+// One Newton step with its line search. False when no step could be made.
+bool MakeStep(Newton& newton)
+{
+    LogitFit& fit = newton.fit;
+    std::vector<double> back(fit.parameters.data, fit.parameters.data + fit.parameters.total);
+    newton.stepResult = cNewtonRaphson(&fit.parameters,
+                                       fit.layout.Length(),
+                                       &fit.fixedMask,
+                                       &fit.gradient,
+                                       &fit.hessian,
+                                       newton.options.convergence,
+                                       &fit.variances,
+                                       &fit.covariance,
+                                       kUndamped,
+                                       kRidge);
+    KeepMortalityNonNegative(fit);
+    if (newton.stepResult < 0) return false;
+    for (std::size_t i = 0; i < back.size(); ++i) {
+        back[i] -= fit.parameters.data[i];
+    }
+    newton.before = newton.LogLikelihood();
+    newton.accepted = SearchBack(fit.parameters, back, kMovesBack, newton.before, [&](int move) {
+        return EvaluateMove(newton, move);
+    });
+    return true;
+}
+
+// Iterates until a stopping rule holds. False when the first step fails.
+bool RunPhase(Newton& newton)
+{
+    int& counter = newton.fit.statistics.iterations;
+    do {
+        counter += 1;
+        if (counter > 1 && !newton.accepted) {
+            LogitProbabilities(newton.model, newton.fit.parameters, newton.work);
+            RecomputeDerivatives(newton);
+        }
+        if (!MakeStep(newton)) return counter > 1;
+    } while (!StepSaysStop(newton) && !IsSeparated(newton) && !IsExhausted(newton) && !HasConverged(newton));
+    return true;
+}
+
+// With a mortality to estimate: a fit with the mortality held, then, once that has made two iterations, one with it free.
+bool RunPhases(Newton& newton)
+{
+    int& counter = newton.fit.statistics.iterations;
+    counter = 0;
+    for (bool last = false; !last;) {
+        const bool heldPhase = counter < 2;
+        MarkMortality(newton.fit, heldPhase ? kFixed : kFree);
+        last = !heldPhase || !newton.options.estimatesMortality;
+        if (!heldPhase) counter = 0;
+        if (!RunPhase(newton)) return false;
+    }
+    return true;
+}
+
+double SumOf(const double* cells, int n)
+{
+    RowSum sum;
+    for (int i = 0; i < n; ++i) {
+        sum.Add(cells[i]);
+    }
+    return sum.Total();
+}
+
+// Pearson's chi-square and, for a binary response, the residual sum of squares; both 0 for several blocks.
+void MeasureResiduals(const LogitModel& model, const LogitWork& work, FitStatistics& statistics)
+{
+    statistics.pearson = 0.0;
+    statistics.residualSumOfSquares = 0.0;
+    if (model.IsMultinomial()) return;
+    RowSum pearson;
+    RowSum squares;
+    for (std::size_t i = 0; i < work.natural.size(); ++i) {
+        const double P = work.probability[0][i];
+        const double trials = model.IsBinomial() ? model.caseWeights[i] : 1.0;
+        const double residual = model.response[i] - trials * P;
+        const double variance = trials * P * (1.0 - P);
+        if (variance > kSmallestVariance)
+            pearson.Add(model.secondWeights[i] * residual * residual / variance);
+        if (!model.IsBinomial()) {
+            squares.Add(model.caseWeights[i] * model.secondWeights[i] * residual * residual);
+        }
+    }
+    statistics.pearson = pearson.Total();
+    statistics.residualSumOfSquares = squares.Total();
+}
+
+// Weighted mean of the response, or of the indicator of each block.
+std::vector<double> CategoryMeans(const LogitModel& model)
+{
+    const double total = SumOf(model.caseWeights, model.n);
+    std::vector<double> means;
+    for (std::size_t k = 0; k < static_cast<std::size_t>(model.layout.blocks); ++k) {
+        const double* cells = model.IsMultinomial() ? model.indicators[k] : model.response;
+        RowSum sum;
+        for (std::size_t i = 0; i < static_cast<std::size_t>(model.n); ++i) {
+            sum.Add(cells[i] * (model.IsBinomial() ? 1.0 : model.caseWeights[i]));
+        }
+        means.push_back(sum.Total() / total);
+    }
+    return means;
+}
+
+// Slopes 0, the given mortality, and as intercept, whatever the link, the logit of the category mean. The mortality
+// enters that mean unless the response is multinomial. Pinned by LogitOddities.ScoreStartsFromLogits.
+void PutNullParameters(const LogitModel& model, bool estimatesIntercept, matrix<double>& parameters)
+{
+    const std::vector<double> means = CategoryMeans(model);
+    double rest = 1.0;
+    for (const double mean : means) {
+        rest -= mean;
+    }
+    for (int k = 1; k <= model.layout.blocks; ++k) {
+        const double c = model.givenMortality[k - 1];
+        const double mean = means[static_cast<std::size_t>(k - 1)];
+        const double pi = model.form == kMultinomial || model.IsMultinomial() ? mean : c + (1.0 - c) * mean;
+        const double other = model.IsMultinomial() ? rest : 1.0 - pi;
+        for (int j = 1; j <= model.layout.columns; ++j) {
+            parameters.vbset(model.layout.Slope(k, j), 0.0);
+        }
+        parameters.vbset(model.layout.Intercept(k), estimatesIntercept ? std::log(pi / other) : 0.0);
+        parameters.vbset(model.layout.Mortality(k), c);
+    }
+}
+
+}  // namespace
+
+double EvaluateLogitModel(const LogitModel& model, const FitOptions& options, LogitFit& fit, LogitWork& work)
+{
+    LogitProbabilities(model, fit.parameters, work);
+    LogitDerivatives(model, DerivativesOf(options), fit, work);
+    return LogitLogLikelihood(model, work) + (options.firth ? FirthPenalty(fit) : 0.0);
+}
+
+// The fit:
+//   - start values, and everything at them
+//   - Newton steps with a line search, in one phase or two
+//   - intercepts and mortalities back from the parameters
+//   - residuals, covariance, Wald and score statistics
+int OptimizeLogitModel(const LogitModel& model, const FitOptions& options, LogitFit& fit, LogitWork& work)
+{
+    Newton newton{.model = model, .options = options, .fit = fit, .work = work};
+    PutStartValues(fit);
+    fit.statistics.logLikelihood = EvaluateLogitModel(model, options, fit, work);
+    if (!RunPhases(newton)) return kFitFailed;
+    TakeBackStartValues(fit);
+    fit.statistics.sumOfCaseWeights = SumOf(model.caseWeights, model.n);
+    MeasureResiduals(model, work, fit.statistics);
+    InvertOverFree(fit.layout.Length(), fit.fixedMask, fit.hessian, fit.covariance);
+    fit.statistics.wald = LogitWaldStat(fit);
+    fit.statistics.score = LogitScoreStat(model, options, fit);
+    return kFitted;
+}
+
+double LogitWaldStat(LogitFit& fit)
+{
+    const int p = fit.layout.columns;
+    const int slopes = p * fit.layout.blocks;
+    matrix<double> covariance(slopes, slopes);
+    matrix<double> theta(slopes, 1);
+    matrix<int> removed(slopes, 1);
+    const auto positionOf = [&](int slope) {
+        return fit.layout.Slope((slope - 1) / p + 1, (slope - 1) % p + 1);
+    };
+    for (int j = 1; j <= slopes; ++j) {
+        theta.vbset(j, fit.parameters.vbget(positionOf(j)));
+        removed.vbset(j, fit.fixedMask.vbget(positionOf(j)));
+        for (int i = 1; i <= slopes; ++i) {
+            covariance.vbset(i, j, fit.covariance.vbget(positionOf(i), positionOf(j)));
+        }
+    }
+    matrix<double> inverse(slopes, slopes);
+    InvertOverFree(slopes, removed, covariance, inverse);
+    return 0.0 - M_ProductTrVBV(&theta, slopes, &inverse);
+}
+
+double LogitScoreStat(const LogitModel& model, const FitOptions& options, const LogitFit& fit)
+{
+    LogitFit null(fit.layout);
+    LogitWork work(model.n, model.layout.blocks);
+    std::copy_n(fit.fixedMask.data, fit.fixedMask.total, null.fixedMask.data);
+    PutNullParameters(model, options.estimatesIntercept, null.parameters);
+    LogitProbabilities(model, null.parameters, work);
+    LogitDerivatives(model, DerivativesOf(options), null, work);
+    const int length = fit.layout.Length();
+    if (!InvertOverFree(length, null.fixedMask, null.hessian, null.covariance)) return 0.0;
+    for (int i = 1; i <= length; ++i) {
+        if (!null.IsFree(i)) null.gradient.vbset(i, 0.0);
+    }
+    return 0.0 - M_ProductTrVBV(&null.gradient, length, &null.covariance);
+}
+
+}  // namespace korvenrg::logistic
