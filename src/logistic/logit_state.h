@@ -119,6 +119,7 @@ struct LogitData
     matrix<double> indicators;        ///< n x categories, then without the reference; of several blocks alone
     std::vector<double> isReference;  ///< of several blocks alone
     matrix<double> design;            ///< X, standardised by PrepareData
+    matrix<double> correlation;       ///< p x p
     matrix<double> mean;              ///< p
     matrix<double> stDev;             ///< p
     double sumWc = 0.0;

@@ -124,6 +124,13 @@ enum DoseCurveCol
     kCurveRows = 99
 };
 
+/** Columns of oModels beside the p columns of the design: of best subsets and of the other selections. */
+enum ModelsWidth
+{
+    kSubsetModelCols = 11,
+    kStepModelCols = 15
+};
+
 /** oANOVATable, (NbActiveFactors + 1) x 5, one row for each active factor. */
 enum TypeIIICol
 {
