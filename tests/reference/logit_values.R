@@ -57,14 +57,23 @@ evaluate <- function(d, theta, with, firth = FALSE) {
 
 # Newton until nothing is left to gain; `moving` are the parameters that move, `with` those of the penalty.
 maximise <- function(d, theta, with, firth = FALSE, moving = with) {
-  for (i in 1:200) {
-    v <- evaluate(d, theta, with, firth)
+  v <- evaluate(d, theta, with, firth)
+  for (i in 1:500) {
     step <- -solve(v$H[moving, moving], v$g[moving])
-    share <- min(1, 2 / max(abs(step * sqrt(-diag(v$H)[moving])))) # at most two standard errors
-    theta[moving] <- theta[moving] + share * step
-    if (share == 1 && sum(step * v$g[moving]) < 1e-25) break
+    gain <- sum(step * v$g[moving])
+    if (abs(gain) < 1e-24) break
+    share <- min(1, 1 / max(abs(step * sqrt(abs(diag(v$H)[moving])))))
+    repeat {
+      nxt <- theta
+      nxt[moving] <- theta[moving] + share * step
+      w <- tryCatch(evaluate(d, nxt, with, firth), error = function(e) NULL)
+      if (!is.null(w) && is.finite(w$l) && (w$l > v$l - 1e-10 || gain < 1e-12)) break
+      share <- share / 2
+      stopifnot(share > 1e-12)
+    }
+    theta <- nxt; v <- w
   }
-  list(theta = theta, l = evaluate(d, theta, with, firth)$l, moves = i)
+  list(theta = theta, l = v$l)
 }
 
 profile_bounds <- function(d, theta, with, firth, alpha) {
@@ -73,13 +82,16 @@ profile_bounds <- function(d, theta, with, firth, alpha) {
   t(sapply(which(with), function(j) sapply(c(-1, 1), function(side) {
     moving <- with; moving[j] <- FALSE
     start <- theta
-    fall <- function(x) {
-      start[j] <- x
-      2 * (l - maximise(d, start, with, firth, moving)$l) - qchisq(1 - alpha, 1)
+    fall <- function(x) { # from the point looked at last, moved along its own valley
+      Vs <- solve(evaluate(d, start, with, firth)$H[with, with]); k <- sum(with[1:j])
+      start[with] <<- start[with] + Vs[, k] / Vs[k, k] * (x - start[j])
+      start[j] <<- x
+      start <<- maximise(d, start, with, firth, moving)$theta
+      2 * (l - evaluate(d, start, with, firth)$l) - qchisq(1 - alpha, 1)
     }
-    s <- se[sum(with[1:j])]; reach <- 1
-    while (fall(theta[j] + side * reach * s) < 0) reach <- reach * 1.5
-    uniroot(fall, theta[j] + side * c(0.5, reach) * s, tol = 1e-13)$root
+    s <- se[sum(with[1:j])]; reach <- 0.5
+    while (fall(theta[j] + side * reach * s) < 0) reach <- reach + 0.25
+    uniroot(fall, theta[j] + side * c(reach - 0.25, reach) * s, tol = 1e-13)$root
   })))
 }
 
@@ -359,7 +371,7 @@ one_block("mortality_probit", abbott$dead, cbind(abbott$x), wc = abbott$n, form 
 one_block("mortality_given", abbott$dead, cbind(abbott$x), wc = abbott$n, form = 1, link = 0, mortality = 0.06,
           given = TRUE, observed = TRUE, doses = TRUE)
 one_block("mortality_cloglog", abbott$dead, cbind(abbott$x), wc = abbott$n, form = 1, link = 2, mortality = 0.05,
-          estimate = TRUE, profile = TRUE)
+          estimate = TRUE)
 
 ## Separated data under Firth's penalty: two species of iris.
 ir <- iris[1:100, ]
