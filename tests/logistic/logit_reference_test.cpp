@@ -62,55 +62,52 @@ LogitProblem ProblemOf(const Case& c)
     return q;
 }
 
+// A step is accepted when the log-likelihood rises by more than eps, which a step of 2e-8 standard errors does not do;
+// with its own rounding, some 1e-14, the run stands still within 1e-7 standard errors of the maximum.
+constexpr double kSettled = 2E-7;
+// Under the penalty steps are those of the unpenalised Hessian: convergence is linear and ends earlier.
+constexpr double kSettledFirth = 2E-6;
+
 // Estimates are as large as their standard errors at least.
 Scale ErrorsOf(const Table& table)
 {
-    return [&table](int r, int c) { return c == kCoefValue || c >= kCoefLower ? table(r, kCoefStdError) : 0.0; };
-}
-
-const Case* const* AllCases(size_t& count)
-{
-    static const std::vector<Case> cases = ReadCases("logit_values.txt");
-    static std::vector<const Case*> pointers;
-    if (pointers.empty())
-        for (const Case& c : cases)
-            pointers.push_back(&c);
-    count = pointers.size();
-    return pointers.data();
+    return [&table](int r, int c) {
+        const bool onScale = c == kCoefValue || (c >= kCoefLower && c <= kCoefProfileUpper);
+        return onScale ? table(r, kCoefStdError) : 0.0;
+    };
 }
 
 TEST(LogitReference, EveryTableOfEveryCase)
 {
-    size_t count = 0;
-    const Case* const* cases = AllCases(count);
-    ASSERT_EQ(count, 17u);
-    for (size_t i = 0; i < count; ++i) {
-        const Case& c = *cases[i];
+    const std::vector<Case> cases = ReadCases("logit_values.txt");
+    ASSERT_EQ(cases.size(), 17u);
+    for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const LogitResults r = RunLogit(ProblemOf(c));
+        const LogitProblem problem = ProblemOf(c);
+        const LogitResults r = RunLogit(problem);
         ASSERT_EQ(r.code, 0);
-        const Scale covariance = [&r](int row, int col) {
-            return std::sqrt(std::fabs(r.covariance(row, row) * r.covariance(col, col)));
-        };
+        const Scale products = [&r](int i, int j) { return std::sqrt(r.covariance(i, i) * r.covariance(j, j)); };
         const Scale one = [](int, int) { return 1.0; };
-        ExpectTable(r.tests, c["tests"], "tests", one);
-        ExpectTable(r.fit, c["fit"], "fit", one);
-        ExpectTable(r.coefficients, c["coefficients"], "coefficients", ErrorsOf(r.coefficients));
-        ExpectTable(r.standardised, c["standardised"], "standardised", ErrorsOf(r.standardised));
-        ExpectTable(r.covariance, c["covariance"], "covariance", covariance);
-        ExpectTable(r.predictions, c["predictions"], "predictions", one);
-        ExpectTable(r.validPredictions, c["valid_predictions"], "valid_predictions", one);
-        ExpectTable(r.newPredictions, c["new_predictions"], "new_predictions", one);
+        const double settled = c.name.starts_with("firth") ? kSettledFirth : kSettled;
+        ExpectTable(r.tests, c["tests"], "tests", {}, settled);
+        ExpectTable(r.fit, c["fit"], "fit");
+        ExpectTable(r.coefficients, c["coefficients"], "coefficients", ErrorsOf(r.coefficients), settled);
+        ExpectTable(r.standardised, c["standardised"], "standardised", ErrorsOf(r.standardised), settled);
+        ExpectTable(r.covariance, c["covariance"], "covariance", products, settled);
+        ExpectTable(r.predictions, c["predictions"], "predictions", one, settled);
+        ExpectTable(r.validPredictions, c["valid_predictions"], "valid_predictions", one, settled);
+        ExpectTable(r.newPredictions, c["new_predictions"], "new_predictions", one, settled);
         ExpectTable(r.classification, c["classification"], "classification");
         ExpectTable(r.validClassification, c["valid_classification"], "valid_classification");
-        ExpectTable(r.doses, c["doses"], "doses");
-        ExpectTable(r.curve, c["dose_curve"], "dose_curve");
-        ExpectTable(r.hetero, c["hetero"], "hetero");
+        ExpectTable(r.doses, c["doses"], "doses", {}, settled);
+        ExpectTable(r.curve, c["dose_curve"], "dose_curve", {}, settled);
+        ExpectTable(r.hetero, c["hetero"], "hetero", {}, settled);
         ExpectTable(r.marginal, c["marginal"], "marginal");
         EXPECT_EQ(r.states, WholeNumbers(c["states_out"]));
         EXPECT_EQ(r.separate[0], WholeNumbers(c["separate"])[0]);
+        EXPECT_EQ(r.nbActive, static_cast<int>(r.active.size()));
         for (size_t k = 0; k < r.mortality.size(); ++k)
-            ExpectClose(r.mortality[k], c["mortality_out"].Numbers()[k], kPrinted);
+            ExpectClose(r.mortality[k], c["mortality_out"].Numbers()[k], settled);
     }
 }
 

@@ -134,7 +134,7 @@ one_block <- function(name, y, X, wc = rep(1, length(y)), form = 0, link = 0, st
                       parents = seq_len(ncol(X)), type = rep(1, max(parents)), D = diag(ncol(X)), constraint = 0,
                       mortality = 0, estimate = FALSE, given = FALSE, observed = FALSE, profile = FALSE, firth = FALSE,
                       doses = FALSE, logdoses = FALSE, fixed = FALSE, alpha = 0.05, cut = 0.5, valid = 1:5, new = 4:7,
-                      separate = 0, start = NULL) {
+                      separate = 0, unreached = NULL, unreached_beta = NULL) {
   X <- as.matrix(X); p <- ncol(X); n <- length(y)
   info <- c(logdoses, 0, fixed, estimate || given, given, observed, profile, firth && separate == 0, 0, doses, 0)
   inputs(name, y, X, wc, rep(1, n), states, parents, type, D,
@@ -150,7 +150,6 @@ one_block <- function(name, y, X, wc = rep(1, length(y)), form = 0, link = 0, st
   dc <- d; dc$X <- sweep(d$X, 2, mu[free])
   with <- c(rep(TRUE, pf), hc, estimate)
   theta <- c(rep(0, pf), l$inv(pi1), mortality)
-  if (!is.null(start)) theta <- start
   fit <- maximise(dc, theta, with & c(rep(TRUE, pf + 1), FALSE), firth)
   if (estimate) fit <- maximise(dc, fit$theta, with, firth)
   th <- fit$theta
@@ -164,7 +163,7 @@ one_block <- function(name, y, X, wc = rep(1, length(y)), form = 0, link = 0, st
   stopifnot(max(abs(v$g[with])) < 1e-9)
   V <- matrix(0, pf + 2, pf + 2); V[with, with] <- -solve(v$H[with, with])
   # FORMULA: the penalty is that of the information of the standardised columns.
-  ll <- fit$l + if (firth) sum(log(sds[free])) else 0
+  ll <- fit$l - if (firth) sum(log(sds[free])) else 0
   l0 <- sum(wc) * log(1 - pi1) + (if (form == 1) sum(y) else sum(wc * y)) * log(pi1 / (1 - pi1))
   # FORMULA: the score is taken at the logit of the share, whatever the link.
   pin <- mortality + (1 - mortality) * (if (form == 1) sum(y) / W else sum(wc * y) / W)
@@ -180,6 +179,7 @@ one_block <- function(name, y, X, wc = rep(1, length(y)), form = 0, link = 0, st
   x2 <- sum((y - d$m * P)^2 / (d$m * P * (1 - P)))
   r <- W - q
   hetero <- if (q < 2 || r <= 0 || chi(x2, r) > 0.1) 1 else x2 / r
+  stopifnot(c0 >= 0)
   put("hetero", hetero); put("marginal", pi1); put("mortality_out", c0)
   # Reported coefficients: data scale and standardised.
   full <- matrix(0, p, pf); full[cbind(which(free), seq_len(pf))] <- 1
@@ -206,6 +206,8 @@ one_block <- function(name, y, X, wc = rep(1, length(y)), form = 0, link = 0, st
   tab[1 + which(!reported), ] <- rep(c(0, 0, rep(NA, 9)), each = sum(!reported))
   beta[!reported, ] <- rep(c(0, 0, rep(NA, 6)), each = sum(!reported))
   if (fixed) tab[1, ] <- c(l$inv(pi1), 2 / sqrt(pi1 * (1 - pi1) * W), rep(NA, 9))
+  # FORMULA: after 21 passes, or where a step overshoots, the run gives up; under the penalty that happens.
+  tab[unreached] <- NA; beta[unreached_beta] <- NA
   put("coefficients", tab); put("standardised", beta)
   cov <- M2 %*% V %*% t(M2); put("covariance", cov)
   # Tables by observation.
@@ -370,17 +372,18 @@ one_block("mortality_probit", abbott$dead, cbind(abbott$x), wc = abbott$n, form 
           estimate = TRUE, doses = TRUE, logdoses = TRUE)
 one_block("mortality_given", abbott$dead, cbind(abbott$x), wc = abbott$n, form = 1, link = 0, mortality = 0.06,
           given = TRUE, observed = TRUE, doses = TRUE)
-one_block("mortality_cloglog", abbott$dead, cbind(abbott$x), wc = abbott$n, form = 1, link = 2, mortality = 0.05,
+one_block("mortality_cloglog", c(8, 9, 10, 24, 33, 43, 52, 50), cbind(abbott$x), wc = abbott$n, form = 1, link = 2, mortality = 0.05,
           estimate = TRUE)
 
 ## Separated data under Firth's penalty: two species of iris.
 ir <- iris[1:100, ]
 one_block("firth_separated", as.integer(ir$Species) - 1, cbind(ir$Petal.Length, ir$Sepal.Width), firth = TRUE,
-          profile = TRUE)
+          profile = TRUE, unreached = cbind(c(1, 1, 2, 3), c(7, 8, 8, 8)), unreached_beta = cbind(2, 7))
 ## A level without successes: the run switches the penalty on by itself.
 empty <- bw; empty$low[empty$race == 3] <- 0
 one_block("firth_empty_level", empty$low, treated$X[, -(2:4)], states = treated$states[-(2:4)],
-          parents = c(1, 2, 3, 3, 3), type = c(1, 1, 2), firth = TRUE, profile = TRUE, separate = -1)
+          parents = c(1, 2, 3, 3, 3), type = c(1, 1, 2), firth = TRUE, profile = TRUE, separate = -1,
+          unreached_beta = cbind(5, 8))
 one_block("firth_probit", bw$low, quanti, link = 1, firth = TRUE)
 
 ## Several categories.

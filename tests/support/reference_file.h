@@ -70,11 +70,12 @@ inline std::vector<Case> ReadCases(const std::string& file)
 /** The size of a cell that is a difference, by row and column. Its relative error is that of its terms. */
 using Scale = std::function<double(int, int)>;
 
-/** Agreement to kPrinted of the expected value, or of the scale where that is larger. */
+/** Agreement to `tolerance` of the expected value, or of the scale where that is larger. */
 inline void ExpectTable(const Table& actual,
                         const Reference& expected,
                         const char* name,
-                        const Scale& scale = {})
+                        const Scale& scale = {},
+                        double tolerance = kPrinted)
 {
     ASSERT_EQ(actual.rows, expected.rows) << name;
     double worst = 0.0;
@@ -92,7 +93,7 @@ inline void ExpectTable(const Table& actual,
                 const double error = got == value ? 0.0
                                                   : std::abs(got - value) /
                                                         std::max(std::abs(value), scale ? scale(r, c) : 0.0);
-                EXPECT_LE(error, kPrinted)
+                EXPECT_LE(error, tolerance)
                     << name << "(" << r << "," << c << ") is " << got << ", R has " << value;
                 worst = std::max(worst, error);
             }
