@@ -106,13 +106,15 @@ struct Call
     std::vector<int> info;
     std::vector<double> mortality, models;
     std::vector<int> removed;
-    std::vector<double> coefficients, beta, covariance, fit, tests, anova, predictions, marginal, classes, roc, doses,
-        curve, valid;
+    std::vector<double> coefficients, beta, covariance, fit, tests, anova, predictions, marginal, classes,
+        roc, doses, curve, valid;
 };
 
 void BM_RunMLOG(benchmark::State& state)
 {
-    Call call(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), static_cast<int>(state.range(2)));
+    Call call(static_cast<int>(state.range(0)),
+              static_cast<int>(state.range(1)),
+              static_cast<int>(state.range(2)));
     int result = 0;
     for (auto _ : state) {
         result += call.Run();

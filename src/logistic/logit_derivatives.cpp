@@ -34,17 +34,6 @@ struct Terms
     }
 };
 
-// What each observation brings: x times `slope` to the gradient, x x' times `curvature` to the Hessian.
-struct RowWeights
-{
-    Cells slope;
-    Cells curvature;
-    Cells third;           // third derivative of the log-likelihood, for Firth's correction
-    Cells mortalitySlope;  // x times this to the Hessian of slope and mortality
-    double mortalityGradient = 0.0;
-    double mortalityCurvature = 0.0;
-};
-
 bool IsFreeInSomeBlock(const LogitFit& fit, int column)
 {
     for (int k = 1; k <= fit.layout.blocks; ++k) {
@@ -211,10 +200,10 @@ void OneBlockDerivatives(const LogitModel& model,
 {
     const std::size_t n = work.natural.size();
     const double mortality = fit.parameters.vbget(fit.layout.Mortality(1));
-    RowWeights rows{.slope = Cells(n),
-                    .curvature = Cells(n),
-                    .third = Cells(options.firth ? n : 0),
-                    .mortalitySlope = {}};
+    RowWeights& rows = work.rowWeights;
+    rows.slope.resize(n);
+    rows.curvature.resize(n);
+    rows.third.resize(options.firth ? n : 0);
     WithLink(model.link, [&]<LinkCode kLink>() {
         if (options.firth) {
             WeighRows<kLink, true>(model, mortality, work, rows);

@@ -84,11 +84,10 @@ void RecomputeDerivatives(Newton& newton)
     LogitDerivatives(newton.model, DerivativesOf(newton.options), newton.fit, newton.work);
 }
 
-// Log-likelihood at one point of the line search. Derivatives are needed where the search ends and, for the
-// penalty, everywhere.
+// Log-likelihood at the probabilities of one point of the line search. Derivatives are needed where the search ends and,
+// for the penalty, everywhere.
 double EvaluateMove(Newton& newton, int move)
 {
-    LogitProbabilities(newton.model, newton.fit.parameters, newton.work);
     double value = LogitLogLikelihood(newton.model, newton.work);
     if (newton.options.firth) {
         RecomputeDerivatives(newton);
@@ -99,6 +98,44 @@ double EvaluateMove(Newton& newton, int move)
     newton.LogLikelihood() = value;
     return value;
 }
+
+// The predictors along a step: computed at its end, and moved by those of the step itself from there.
+class StepPredictors
+{
+  public:
+    StepPredictors(Newton& newton, const std::vector<double>& back)
+        : newton_(newton), back_(newton.fit.layout.Length(), 1)
+    {
+        std::copy(back.begin(), back.end(), back_.data);
+    }
+
+    // Probabilities at move 1, 2, ..: the end of the step, then 2^-1, 2^-2, .. of it further back.
+    void Evaluate(int move)
+    {
+        LogitWork& work = newton_.work;
+        if (move == 1) {
+            LogitProbabilities(newton_.model, newton_.fit.parameters, work);
+            return;
+        }
+        if (moves_.empty()) {
+            moves_.assign(work.predictor.size(), std::vector<double>(work.ones.size()));
+            LogitPredictors(newton_.model, back_, moves_);
+        }
+        const double share = std::ldexp(1.0, 1 - move);
+        for (std::size_t k = 0; k < moves_.size(); ++k) {
+            std::vector<double>& eta = work.predictor[k];
+            for (std::size_t i = 0; i < eta.size(); ++i) {
+                eta[i] += share * moves_[k][i];
+            }
+        }
+        ProbabilitiesOfPredictors(newton_.model, newton_.fit.parameters, work);
+    }
+
+  private:
+    Newton& newton_;
+    matrix<double> back_;
+    std::vector<std::vector<double>> moves_;
+};
 
 // |change of the log-likelihood| < convergence, once the iteration has settled.
 bool HasConverged(const Newton& newton)
@@ -152,7 +189,9 @@ bool MakeStep(Newton& newton)
         back[i] -= fit.parameters.data[i];
     }
     newton.before = newton.LogLikelihood();
+    StepPredictors predictors(newton, back);
     newton.accepted = SearchBack(fit.parameters, back, kMovesBack, newton.before, [&](int move) {
+        predictors.Evaluate(move);
         return EvaluateMove(newton, move);
     });
     return true;

@@ -193,6 +193,18 @@ struct LogitFit
 /** Overwrites one fit by another of the same layout. */
 void CopyFit(const LogitFit& source, LogitFit& target);
 
+/** What each observation brings to the derivatives, n cells each: x times `slope` to the gradient, x x' times `curvature`
+ * to the Hessian. Filled and read by LogitDerivatives. */
+struct RowWeights
+{
+    std::vector<double> slope;
+    std::vector<double> curvature;
+    std::vector<double> third;           ///< third derivative of the log-likelihood, for Firth's correction
+    std::vector<double> mortalitySlope;  ///< x times this to the Hessian of slope and mortality
+    double mortalityGradient = 0.0;
+    double mortalityCurvature = 0.0;
+};
+
 /** What is known of each observation at the point evaluated last. Vectors of n cells, one per block where nested. */
 struct LogitWork
 {
@@ -203,6 +215,8 @@ struct LogitWork
     std::vector<double> density;    ///< dP / d eta; of one block alone, filled by LogitDerivatives
 
     std::vector<double> ones;  ///< the column of the intercept
+
+    RowWeights rowWeights;  ///< scratch of LogitDerivatives
 
     LogitWork(int n, int blocks);
 };

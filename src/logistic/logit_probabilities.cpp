@@ -70,54 +70,66 @@ void SeveralBlockProbabilities(const LogitModel& model, const matrix<double>& pa
     }
 }
 
-// Terms that nothing multiplies are left out: their logarithm is never taken.
+// Terms that nothing multiplies are left out. A response of 0 or 1 has one term.
 double OneBlockLogLikelihood(const LogitModel& model, const LogitWork& work)
 {
     const std::vector<double>& P = work.probability[0];
-    RowSum sum;
+    WeightedLogSum sum;
     for (std::size_t i = 0; i < P.size(); ++i) {
         const double y = model.response[i];
         const double trials = model.IsBinomial() ? model.caseWeights[i] : 1.0;
         const double weight = model.secondWeights[i] * (model.IsBinomial() ? 1.0 : model.caseWeights[i]);
-        const double failed = trials - y;
-        double term = 0.0;
-        if (failed != 0.0) term += failed * std::log(1.0 - P[i]);
-        if (y != 0.0) term += y * std::log(P[i]);
-        sum.Add(weight * term);
+        if (trials == 1.0 && (y == 0.0 || y == 1.0)) {
+            sum.Add(weight, y == 1.0 ? P[i] : 1.0 - P[i]);
+        } else {
+            sum.Add(weight * (trials - y), 1.0 - P[i]);
+            sum.Add(weight * y, P[i]);
+        }
     }
     return sum.Total();
 }
 
 double SeveralBlockLogLikelihood(const LogitModel& model, const LogitWork& work)
 {
-    RowSum sum;
+    WeightedLogSum sum;
     for (std::size_t i = 0; i < work.reference.size(); ++i) {
-        double term = 0.0;
+        const double weight = model.caseWeights[i] * model.secondWeights[i];
         if (model.isReference[i] == 1.0) {
-            term = std::log(work.reference[i]);
-        } else {
-            for (std::size_t k = 0; k < work.probability.size(); ++k) {
-                const double indicator = model.indicators[k][i];
-                if (indicator != 0.0) term += indicator * std::log(work.probability[k][i]);
-            }
+            sum.Add(weight, work.reference[i]);
+            continue;
         }
-        sum.Add(model.caseWeights[i] * model.secondWeights[i] * term);
+        for (std::size_t k = 0; k < work.probability.size(); ++k) {
+            if (model.indicators[k][i] != 0.0)
+                sum.Add(weight * model.indicators[k][i], work.probability[k][i]);
+        }
     }
     return sum.Total();
 }
 
 }  // namespace
 
-void LogitProbabilities(const LogitModel& model, const matrix<double>& parameters, LogitWork& work)
+void LogitPredictors(const LogitModel& model,
+                     const matrix<double>& parameters,
+                     std::vector<std::vector<double>>& predictors)
 {
     for (int k = 1; k <= model.layout.blocks; ++k) {
-        PredictBlock(model, parameters, k, work.predictor[static_cast<std::size_t>(k - 1)]);
+        PredictBlock(model, parameters, k, predictors[static_cast<std::size_t>(k - 1)]);
     }
+}
+
+void ProbabilitiesOfPredictors(const LogitModel& model, const matrix<double>& parameters, LogitWork& work)
+{
     if (model.IsMultinomial()) {
         SeveralBlockProbabilities(model, parameters, work);
     } else {
         OneBlockProbabilities(model, parameters.vbget(model.layout.Mortality(1)), work);
     }
+}
+
+void LogitProbabilities(const LogitModel& model, const matrix<double>& parameters, LogitWork& work)
+{
+    LogitPredictors(model, parameters, work.predictor);
+    ProbabilitiesOfPredictors(model, parameters, work);
 }
 
 double LogitLogLikelihood(const LogitModel& model, const LogitWork& work)

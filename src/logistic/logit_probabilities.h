@@ -30,6 +30,14 @@ constexpr double Clamped(double probability)
  */
 void LogitProbabilities(const LogitModel& model, const matrix<double>& parameters, LogitWork& work);
 
+/** eta of each block at a vector laid out like the parameters: the predictors, or the way that a step moves them. */
+void LogitPredictors(const LogitModel& model,
+                     const matrix<double>& parameters,
+                     std::vector<std::vector<double>>& predictors);
+
+/** The second half of LogitProbabilities: from the predictors in `work`, and the mortality, to the rest of it. */
+void ProbabilitiesOfPredictors(const LogitModel& model, const matrix<double>& parameters, LogitWork& work);
+
 /**
  * Log-likelihood at the probabilities of `work`, without binomial coefficients:
  * sum of Wr Wc [(1 - y) log(1 - P) + y log P], of Wr [(Wc - y) log(1 - P) + y log P] for a binomial response, of

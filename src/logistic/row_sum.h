@@ -27,4 +27,42 @@ class RowSum
     double lost_ = 0.0;
 };
 
+/**
+ * Sum of w log v over many rows. Up to 16 values in a row with one weight are multiplied and share a logarithm; the
+ * product of 16 values of at least 2^-52 does not underflow.
+ */
+class WeightedLogSum
+{
+  public:
+    /** @param value  from 2^-52 to 1 */
+    void Add(double weight, double value)
+    {
+        if (weight != weight_ || count_ == kShared) Flush();
+        weight_ = weight;
+        product_ *= value;
+        count_ += 1;
+    }
+
+    double Total()
+    {
+        Flush();
+        return sum_.Total();
+    }
+
+  private:
+    static constexpr int kShared = 16;
+
+    void Flush()
+    {
+        if (count_ > 0 && weight_ != 0.0) sum_.Add(weight_ * std::log(product_));
+        product_ = 1.0;
+        count_ = 0;
+    }
+
+    RowSum sum_;
+    double weight_ = 0.0;
+    double product_ = 1.0;
+    int count_ = 0;
+};
+
 }  // namespace korvenrg::logistic

@@ -20,7 +20,8 @@ using korvenrg::kMissing;
 
 /** Positions of the option vector, from 0. */
 inline constexpr size_t kLogDoses = 0, kFixedIntercept = 2, kWithMortality = 3, kGivenMortality = 4,
-                        kObservedScale = 5, kProfile = 6, kFirth = 7, kTypeIII = 8, kDoses = 9, kUseTolerance = 10;
+                        kObservedScale = 5, kProfile = 6, kFirth = 7, kTypeIII = 8, kDoses = 9,
+                        kUseTolerance = 10;
 /** Forms of the response and links. */
 inline constexpr int kBinaryForm = 0, kBinomialForm = 1, kMultinomialForm = 2;
 inline constexpr int kLogitLink = 0, kProbitLink = 1, kCloglogLink = 2, kLoglogLink = 3;
@@ -52,17 +53,33 @@ struct LogitResults
     Integers states{}, active{};
     Vector wr{}, mortality{};
     int nbActive = 0;
-    Table predictions{n, 9 * K}, validPredictions{std::max(nv, 1), 9 * K}, newPredictions{std::max(np, 1), 4 * K},
-        coefficients{(p + 1) * K, 11}, standardised{p* K, 8}, covariance{p + 2, p + 2}, fit{10, 2}, tests{3, 3},
-        typeIII{nf + 1, 5}, marginal{K, 1}, classification{K + 2, K + 3}, validClassification{K + 2, K + 3},
-        roc{n + 1, 2}, doses{13, 6}, curve{99, 5}, models{1, p + 15}, hetero{1, 1}, area{1, 1};
+    Table predictions{n, 9 * K}, validPredictions{std::max(nv, 1), 9 * K},
+        newPredictions{std::max(np, 1), 4 * K}, coefficients{(p + 1) * K, 11}, standardised{p * K, 8},
+        covariance{p + 2, p + 2}, fit{10, 2}, tests{3, 3}, typeIII{nf + 1, 5}, marginal{K, 1},
+        classification{K + 2, K + 3}, validClassification{K + 2, K + 3}, roc{n + 1, 2}, doses{13, 6},
+        curve{99, 5}, models{1, p + 15}, hetero{1, 1}, area{1, 1};
     GuardedArray<VARIANT_BOOL> separate{1};
 
     std::vector<const Table*> Tables() const
     {
-        return {&predictions, &validPredictions, &newPredictions, &coefficients,        &standardised, &covariance,
-                &fit,         &tests,            &typeIII,        &marginal,            &classification, &validClassification,
-                &roc,         &doses,            &curve,          &models,              &hetero,       &area};
+        return {&predictions,
+                &validPredictions,
+                &newPredictions,
+                &coefficients,
+                &standardised,
+                &covariance,
+                &fit,
+                &tests,
+                &typeIII,
+                &marginal,
+                &classification,
+                &validClassification,
+                &roc,
+                &doses,
+                &curve,
+                &models,
+                &hetero,
+                &area};
     }
 };
 
@@ -91,11 +108,13 @@ inline LogitResults RunLogit(LogitProblem q)
     // clang-format on
     for (const Table* table : r.Tables())
         EXPECT_TRUE(table->cells.IntactGuards());
-    EXPECT_TRUE(wr.IntactGuards() && mortality.IntactGuards() && states.IntactGuards() && active.IntactGuards());
+    EXPECT_TRUE(wr.IntactGuards() && mortality.IntactGuards() && states.IntactGuards() &&
+                active.IntactGuards());
     EXPECT_TRUE(r.separate.IntactGuards());
     EXPECT_EQ(r.models.cells.CountChanged(), 0u);
     EXPECT_TRUE(given.info[kDoses] == 1 || r.doses.cells.CountChanged() + r.curve.cells.CountChanged() == 0u);
-    EXPECT_TRUE(nv > 0 || r.validPredictions.cells.CountChanged() + r.validClassification.cells.CountChanged() == 0u);
+    EXPECT_TRUE(nv > 0 ||
+                r.validPredictions.cells.CountChanged() + r.validClassification.cells.CountChanged() == 0u);
     EXPECT_TRUE(np > 0 || r.newPredictions.cells.CountChanged() == 0u);
     EXPECT_TRUE(SameBytes(q.y, given.y) && SameBytes(q.x, given.x) && SameBytes(q.wc, given.wc));
     r.states.assign(states.data(), states.data() + q.p);

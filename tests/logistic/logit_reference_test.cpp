@@ -86,7 +86,9 @@ TEST(LogitReference, EveryTableOfEveryCase)
         const LogitProblem problem = ProblemOf(c);
         const LogitResults r = RunLogit(problem);
         ASSERT_EQ(r.code, 0);
-        const Scale products = [&r](int i, int j) { return std::sqrt(r.covariance(i, i) * r.covariance(j, j)); };
+        const Scale products = [&r](int i, int j) {
+            return std::sqrt(r.covariance(i, i) * r.covariance(j, j));
+        };
         const Scale one = [](int, int) { return 1.0; };
         const double settled = c.name.starts_with("firth") ? kSettledFirth : kSettled;
         ExpectTable(r.tests, c["tests"], "tests", {}, settled);

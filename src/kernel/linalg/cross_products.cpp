@@ -264,7 +264,7 @@ AddBlock* BestAddBlock()
 }
 
 // Sum of x v over the rows of one block.
-double ProductOfBlock(const double* x, const double* v, std::size_t rows)
+[[gnu::always_inline]] inline double ProductOfBlock(const double* x, const double* v, std::size_t rows)
 {
     Lanes sums[kStreams] = {};
     std::size_t row = 0;
@@ -278,6 +278,56 @@ double ProductOfBlock(const double* x, const double* v, std::size_t rows)
         sum += x[row] * v[row];
     }
     return sum;
+}
+
+[[gnu::always_inline]] inline void AddColumnProductsBody(Columns columns,
+                                                         std::size_t first,
+                                                         std::size_t rows,
+                                                         const double* v,
+                                                         double* out)
+{
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+        out[j] += ProductOfBlock(columns[j] + first, v + first, rows);
+    }
+}
+
+KORVEN_FOR_AVX512 void AddColumnProductsAvx512(Columns columns,
+                                               std::size_t first,
+                                               std::size_t rows,
+                                               const double* v,
+                                               double* out)
+{
+    AddColumnProductsBody(columns, first, rows, v, out);
+}
+
+KORVEN_FOR_AVX2 void AddColumnProductsAvx2(Columns columns,
+                                           std::size_t first,
+                                           std::size_t rows,
+                                           const double* v,
+                                           double* out)
+{
+    AddColumnProductsBody(columns, first, rows, v, out);
+}
+
+void AddColumnProductsBaseline(Columns columns,
+                               std::size_t first,
+                               std::size_t rows,
+                               const double* v,
+                               double* out)
+{
+    AddColumnProductsBody(columns, first, rows, v, out);
+}
+
+auto BestAddColumnProducts()
+{
+    switch (BestInstructionSet()) {
+        case InstructionSet::kAvx512:
+            return AddColumnProductsAvx512;
+        case InstructionSet::kAvx2:
+            return AddColumnProductsAvx2;
+        default:
+            return AddColumnProductsBaseline;
+    }
 }
 
 auto BestShiftedSum()
@@ -355,13 +405,12 @@ void CrossProducts(Columns columns,
 
 void ColumnProducts(Columns columns, int n, const double* v, double* out)
 {
+    constexpr std::size_t kProductRows = 1024;
     const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    const auto addColumnProducts = BestAddColumnProducts();
     std::fill_n(out, columns.size(), 0.0);
-    for (std::size_t first = 0; first < rows; first += kBlockRows) {
-        const std::size_t count = std::min(kBlockRows, rows - first);
-        for (std::size_t j = 0; j < columns.size(); ++j) {
-            out[j] += ProductOfBlock(columns[j] + first, v + first, count);
-        }
+    for (std::size_t first = 0; first < rows; first += kProductRows) {
+        addColumnProducts(columns, first, std::min(kProductRows, rows - first), v, out);
     }
 }
 
