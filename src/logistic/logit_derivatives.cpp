@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "kernel/linalg/constrained_inverse.h"
-#include "kernel/linalg/cross_products.h"
 #include "kernel/linalg/dense_block.h"
 #include "kernel/linalg/determinants.h"
 #include "kernel/linalg/row_forms.h"
+#include "kernel/linalg/weighted_products.h"
 #include "logistic/link_functions.h"
 #include "logistic/row_sum.h"
 
@@ -16,22 +16,11 @@ namespace {
 
 using Cells = std::vector<double>;
 
-// Columns of x with their positions in a block: those of the design, then the constant.
-struct Terms
+// Columns of the design with their numbers.
+struct NumberedColumns
 {
     std::vector<const double*> columns;
-    std::vector<int> positions;
-
-    void Add(const double* column, int position)
-    {
-        columns.push_back(column);
-        positions.push_back(position);
-    }
-
-    std::size_t Count() const
-    {
-        return columns.size();
-    }
+    std::vector<int> numbers;
 };
 
 bool IsFreeInSomeBlock(const LogitFit& fit, int column)
@@ -42,28 +31,25 @@ bool IsFreeInSomeBlock(const LogitFit& fit, int column)
     return false;
 }
 
-Terms TermsOf(const LogitModel& model,
-              const LogitFit& fit,
-              const LogitWork& work,
-              bool intercept,
-              bool freeAlone)
+// The columns whose slope is free in some block, or those of which it is in none.
+NumberedColumns ColumnsThatAre(bool free, const LogitModel& model, const LogitFit& fit)
 {
-    Terms terms;
+    NumberedColumns result;
     for (int j = 1; j <= model.layout.columns; ++j) {
-        if (freeAlone && !IsFreeInSomeBlock(fit, j)) continue;
-        terms.Add(model.columns[static_cast<std::size_t>(j - 1)], j);
+        if (IsFreeInSomeBlock(fit, j) != free) continue;
+        result.columns.push_back(model.columns[static_cast<std::size_t>(j - 1)]);
+        result.numbers.push_back(j);
     }
-    if (intercept) terms.Add(work.ones.data(), model.layout.columns + 1);
-    return terms;
+    return result;
 }
 
-void AddToGradient(const Terms& terms, const Cells& weights, int block, LogitFit& fit)
+double SumOf(const Cells& cells)
 {
-    Cells sums(terms.Count());
-    linalg::ColumnProducts(terms.columns, static_cast<int>(weights.size()), weights.data(), sums.data());
-    for (std::size_t j = 0; j < sums.size(); ++j) {
-        fit.gradient.vbset(fit.layout.Slope(block, terms.positions[j]), sums[j]);
+    RowSum sum;
+    for (const double cell : cells) {
+        sum.Add(cell);
     }
+    return sum.Total();
 }
 
 void StoreSymmetric(int i, int j, double value, matrix<double>& target)
@@ -72,24 +58,52 @@ void StoreSymmetric(int i, int j, double value, matrix<double>& target)
     target.vbset(j, i, value);
 }
 
-void AddToHessian(const Terms& terms, const Cells& weights, int rowBlock, int columnBlock, LogitFit& fit)
+// The gradient of a block over the columns and, if wanted, the intercept.
+void StoreGradient(const NumberedColumns& x, const Cells& weights, int block, bool intercept, LogitFit& fit)
 {
-    const std::size_t q = terms.Count();
-    Cells products(q * q);
-    linalg::CrossProducts(terms.columns,
-                          static_cast<int>(weights.size()),
-                          weights.data(),
-                          linalg::ZeroCentres(q),
-                          false,
-                          products.data());
-    for (std::size_t j = 0; j < q; ++j) {
-        for (std::size_t i = 0; i < q; ++i) {
-            StoreSymmetric(fit.layout.Slope(rowBlock, terms.positions[i]),
-                           fit.layout.Slope(columnBlock, terms.positions[j]),
-                           products[j * q + i],
-                           fit.hessian);
-        }
+    Cells sums(x.columns.size());
+    linalg::ColumnProducts(x.columns, static_cast<int>(weights.size()), weights.data(), sums.data());
+    for (std::size_t j = 0; j < sums.size(); ++j) {
+        fit.gradient.vbset(fit.layout.Slope(block, x.numbers[j]), sums[j]);
     }
+    if (intercept) fit.gradient.vbset(fit.layout.Intercept(block), SumOf(weights));
+}
+
+// The Hessian of two blocks, and in the same pass, with weights of slopes, the gradient of the first.
+void StoreHessian(const NumberedColumns& x,
+                  const Cells* slopes,
+                  const Cells& curvatures,
+                  int rowBlock,
+                  int columnBlock,
+                  bool intercept,
+                  LogitFit& fit)
+{
+    const std::size_t q = x.columns.size();
+    const ParameterLayout& layout = fit.layout;
+    Cells gradient(q);
+    Cells constants(q);
+    Cells products(q * q);
+    linalg::WeightedProducts(x.columns,
+                             static_cast<int>(curvatures.size()),
+                             slopes == nullptr ? nullptr : slopes->data(),
+                             curvatures.data(),
+                             {.slopes = slopes == nullptr ? nullptr : gradient.data(),
+                              .constants = constants.data(),
+                              .products = products.data()});
+    for (std::size_t j = 0; j < q; ++j) {
+        const int rowSlope = layout.Slope(rowBlock, x.numbers[j]);
+        const int columnSlope = layout.Slope(columnBlock, x.numbers[j]);
+        for (std::size_t i = 0; i < q; ++i) {
+            StoreSymmetric(layout.Slope(rowBlock, x.numbers[i]), columnSlope, products[j * q + i], fit.hessian);
+        }
+        if (slopes != nullptr) fit.gradient.vbset(rowSlope, gradient[j]);
+        if (!intercept) continue;
+        StoreSymmetric(rowSlope, layout.Intercept(columnBlock), constants[j], fit.hessian);
+        StoreSymmetric(layout.Intercept(rowBlock), columnSlope, constants[j], fit.hessian);
+    }
+    if (!intercept) return;
+    StoreSymmetric(layout.Intercept(rowBlock), layout.Intercept(columnBlock), SumOf(curvatures), fit.hessian);
+    if (slopes != nullptr) fit.gradient.vbset(layout.Intercept(rowBlock), SumOf(*slopes));
 }
 
 // y, the trials m and the weight w of an observation. The second weight takes no part in the derivatives of a
@@ -153,50 +167,49 @@ void WeighMortality(const LogitModel& model, double mortality, const LogitWork& 
     rows.mortalityCurvature = curvature.Total();
 }
 
-void StoreMortality(const Terms& terms, const RowWeights& rows, LogitFit& fit)
+void StoreMortality(const NumberedColumns& free, const RowWeights& rows, bool intercept, LogitFit& fit)
 {
     const int position = fit.layout.Mortality(1);
-    Cells sums(terms.Count());
-    linalg::ColumnProducts(terms.columns,
-                           static_cast<int>(rows.mortalitySlope.size()),
-                           rows.mortalitySlope.data(),
-                           sums.data());
+    Cells sums(free.columns.size());
+    linalg::ColumnProducts(
+        free.columns, static_cast<int>(rows.mortalitySlope.size()), rows.mortalitySlope.data(), sums.data());
     for (std::size_t j = 0; j < sums.size(); ++j) {
-        StoreSymmetric(terms.positions[j], position, sums[j], fit.hessian);
+        StoreSymmetric(free.numbers[j], position, sums[j], fit.hessian);
     }
+    if (intercept) StoreSymmetric(fit.layout.Intercept(1), position, SumOf(rows.mortalitySlope), fit.hessian);
     fit.hessian.vbset(position, position, rows.mortalityCurvature);
     fit.gradient.vbset(position, rows.mortalityGradient);
 }
 
-// Adds half of t (x' H^-1 x) to what each observation brings to the gradient.
-void CorrectSlopes(const Terms& terms, LogitFit& fit, RowWeights& rows)
+// Adds half of t (x' H^-1 x) to what each observation brings to the gradient. False without an inverse.
+bool CorrectSlopes(const NumberedColumns& free, const LogitWork& work, bool intercept, LogitFit& fit, RowWeights& rows)
 {
     const int length = fit.layout.Length();
     matrix<double> inverse(length, length);
-    if (!InvertOverFree(length, fit.fixedMask, fit.hessian, inverse)) return;
-    const std::size_t q = terms.Count();
+    if (!InvertOverFree(length, fit.fixedMask, fit.hessian, inverse)) return false;
+    std::vector<const double*> terms = free.columns;
+    std::vector<int> positions = free.numbers;
+    if (intercept) {
+        terms.push_back(work.ones.data());
+        positions.push_back(fit.layout.Intercept(1));
+    }
+    const std::size_t q = terms.size();
     Cells form(q * q);
     for (std::size_t j = 0; j < q; ++j) {
         for (std::size_t i = 0; i < q; ++i) {
-            form[j * q + i] = -inverse.vbget(terms.positions[i], terms.positions[j]);
+            form[j * q + i] = -inverse.vbget(positions[i], positions[j]);
         }
     }
     const Cells centres(q);
     Cells leverages(rows.slope.size());
-    linalg::QuadraticForms(terms.columns,
-                           static_cast<int>(leverages.size()),
-                           centres.data(),
-                           form.data(),
-                           leverages.data());
+    linalg::QuadraticForms(terms, static_cast<int>(leverages.size()), centres.data(), form.data(), leverages.data());
     for (std::size_t i = 0; i < leverages.size(); ++i) {
         rows.slope[i] -= 0.5 * rows.third[i] * leverages[i];
     }
+    return true;
 }
 
-void OneBlockDerivatives(const LogitModel& model,
-                         const DerivativeOptions& options,
-                         LogitFit& fit,
-                         LogitWork& work)
+void OneBlockDerivatives(const LogitModel& model, const DerivativeOptions& options, LogitFit& fit, LogitWork& work)
 {
     const std::size_t n = work.natural.size();
     const double mortality = fit.parameters.vbget(fit.layout.Mortality(1));
@@ -211,38 +224,40 @@ void OneBlockDerivatives(const LogitModel& model,
             WeighRows<kLink, false>(model, mortality, work, rows);
         }
     });
-    const Terms free = TermsOf(model, fit, work, options.intercept, true);
-    AddToHessian(free, rows.curvature, 1, 1, fit);
+    const NumberedColumns free = ColumnsThatAre(true, model, fit);
+    StoreHessian(free, &rows.slope, rows.curvature, 1, 1, options.intercept, fit);
     if (options.mortality) {
         WeighMortality(model, mortality, work, rows);
-        StoreMortality(free, rows, fit);
+        StoreMortality(free, rows, options.intercept, fit);
     }
-    if (options.firth) CorrectSlopes(free, fit, rows);
-    AddToGradient(TermsOf(model, fit, work, options.intercept, false), rows.slope, 1, fit);
+    if (options.firth && CorrectSlopes(free, work, options.intercept, fit, rows)) {
+        StoreGradient(free, rows.slope, 1, options.intercept, fit);
+    }
+    StoreGradient(ColumnsThatAre(false, model, fit), rows.slope, 1, false, fit);
 }
 
-void SeveralBlockDerivatives(const LogitModel& model,
-                             const DerivativeOptions& options,
-                             LogitFit& fit,
-                             LogitWork& work)
+void SeveralBlockDerivatives(const LogitModel& model, const DerivativeOptions& options, LogitFit& fit, LogitWork& work)
 {
     const std::size_t n = work.reference.size();
-    const Terms all = TermsOf(model, fit, work, options.intercept, false);
-    const Terms free = TermsOf(model, fit, work, options.intercept, true);
-    Cells weights(n);
+    const NumberedColumns free = ColumnsThatAre(true, model, fit);
+    const NumberedColumns held = ColumnsThatAre(false, model, fit);
+    Cells slopes(n);
+    Cells curvatures(n);
     for (std::size_t k = 0; k < work.probability.size(); ++k) {
         const int block = static_cast<int>(k) + 1;
         const Cells& P = work.probability[k];
         for (std::size_t i = 0; i < n; ++i) {
-            weights[i] = model.caseWeights[i] * model.secondWeights[i] * (model.indicators[k][i] - P[i]);
+            const double w = model.caseWeights[i] * model.secondWeights[i];
+            slopes[i] = w * (model.indicators[k][i] - P[i]);
+            curvatures[i] = -w * P[i] * (1.0 - P[i]);
         }
-        AddToGradient(all, weights, block, fit);
-        for (std::size_t l = k; l < work.probability.size(); ++l) {
+        StoreHessian(free, &slopes, curvatures, block, block, options.intercept, fit);
+        StoreGradient(held, slopes, block, false, fit);
+        for (std::size_t l = k + 1; l < work.probability.size(); ++l) {
             for (std::size_t i = 0; i < n; ++i) {
-                const double w = model.caseWeights[i] * model.secondWeights[i];
-                weights[i] = k == l ? -w * P[i] * (1.0 - P[i]) : w * P[i] * work.probability[l][i];
+                curvatures[i] = model.caseWeights[i] * model.secondWeights[i] * P[i] * work.probability[l][i];
             }
-            AddToHessian(free, weights, block, static_cast<int>(l) + 1, fit);
+            StoreHessian(free, nullptr, curvatures, block, static_cast<int>(l) + 1, options.intercept, fit);
         }
     }
 }

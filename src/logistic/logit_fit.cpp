@@ -168,6 +168,17 @@ bool IsExhausted(const Newton& newton)
     return newton.fit.statistics.iterations > newton.options.maxIterations;
 }
 
+// What a step can bring: half of g' step, the rise of the quadratic model. Below half of the smallest rise that counts
+// every point of the line search would be rejected.
+bool CanRise(const Newton& newton, const std::vector<double>& back)
+{
+    double promised = 0.0;
+    for (std::size_t i = 0; i < back.size(); ++i) {
+        if (back[i] != 0.0) promised -= 0.5 * newton.fit.gradient.data[i] * back[i];
+    }
+    return newton.options.firth || !(std::fabs(promised) < 0.5 * kSmallestRise);
+}
+
 // One Newton step with its line search. False when no step could be made.
 bool MakeStep(Newton& newton)
 {
@@ -189,9 +200,16 @@ bool MakeStep(Newton& newton)
         back[i] -= fit.parameters.data[i];
     }
     newton.before = newton.LogLikelihood();
+    const bool canRise = CanRise(newton, back);
     StepPredictors predictors(newton, back);
     newton.accepted = SearchBack(fit.parameters, back, kMovesBack, newton.before, [&](int move) {
-        predictors.Evaluate(move);
+        if (canRise) {
+            predictors.Evaluate(move);
+        } else if (move < kMovesBack) {
+            return newton.before;
+        } else {
+            LogitProbabilities(newton.model, fit.parameters, newton.work);
+        }
         return EvaluateMove(newton, move);
     });
     return true;

@@ -1,7 +1,9 @@
 #include "logistic/logit_probabilities.h"
 
+#include <algorithm>
 #include <cmath>
 
+#include "kernel/linalg/exponentials.h"
 #include "kernel/linalg/row_forms.h"
 #include "logistic/link_functions.h"
 #include "logistic/row_sum.h"
@@ -31,16 +33,27 @@ void PredictBlock(const LogitModel& model,
                               eta.data());
 }
 
+// F of every observation. The logit, which most fits are, takes its exponentials together.
+void NaturalProbabilities(int link, const std::vector<double>& eta, std::vector<double>& natural)
+{
+    WithLink(link, [&]<LinkCode kLink>() {
+        if constexpr (kLink == kLogit) {
+            std::ranges::transform(eta, natural.begin(), [](double x) { return -CutPredictor(x); });
+            linalg::Exponentials(natural.data(), static_cast<int>(natural.size()), natural.data());
+            for (double& F : natural) {
+                F = 1.0 / (1.0 + F);
+            }
+        } else {
+            std::ranges::transform(eta, natural.begin(), LinkProbabilityOf<kLink>);
+        }
+    });
+}
+
 void OneBlockProbabilities(const LogitModel& model, double mortality, LogitWork& work)
 {
-    const std::vector<double>& eta = work.predictor[0];
-    std::vector<double>& P = work.probability[0];
-    WithLink(model.link, [&]<LinkCode kLink>() {
-        for (std::size_t i = 0; i < eta.size(); ++i) {
-            const double F = LinkProbabilityOf<kLink>(eta[i]);
-            work.natural[i] = F;
-            P[i] = Clamped(mortality + (1.0 - mortality) * F);
-        }
+    NaturalProbabilities(model.link, work.predictor[0], work.natural);
+    std::ranges::transform(work.natural, work.probability[0].begin(), [mortality](double F) {
+        return Clamped(mortality + (1.0 - mortality) * F);
     });
 }
 
@@ -53,8 +66,9 @@ void SeveralBlockProbabilities(const LogitModel& model, const matrix<double>& pa
     for (std::size_t k = 0; k < work.predictor.size(); ++k) {
         const std::vector<double>& eta = work.predictor[k];
         std::vector<double>& P = work.probability[k];
+        std::ranges::transform(eta, P.begin(), CutPredictor);
+        linalg::Exponentials(P.data(), static_cast<int>(n), P.data());
         for (std::size_t i = 0; i < n; ++i) {
-            P[i] = std::exp(CutPredictor(eta[i]));
             work.reference[i] += std::fabs(eta[i]) <= kLargestPredictor ? P[i] : 0.0;
         }
     }
@@ -79,8 +93,8 @@ double OneBlockLogLikelihood(const LogitModel& model, const LogitWork& work)
         const double y = model.response[i];
         const double trials = model.IsBinomial() ? model.caseWeights[i] : 1.0;
         const double weight = model.secondWeights[i] * (model.IsBinomial() ? 1.0 : model.caseWeights[i]);
-        if (trials == 1.0 && (y == 0.0 || y == 1.0)) {
-            sum.Add(weight, y == 1.0 ? P[i] : 1.0 - P[i]);
+        if (trials == 1.0 && (y - 1.0) * y == 0.0) {
+            sum.Add(weight, (1.0 - y) + (2.0 * y - 1.0) * P[i]);  // P or 1 - P
         } else {
             sum.Add(weight * (trials - y), 1.0 - P[i]);
             sum.Add(weight * y, P[i]);

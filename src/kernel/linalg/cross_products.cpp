@@ -263,73 +263,6 @@ AddBlock* BestAddBlock()
     }
 }
 
-// Sum of x v over the rows of one block.
-[[gnu::always_inline]] inline double ProductOfBlock(const double* x, const double* v, std::size_t rows)
-{
-    Lanes sums[kStreams] = {};
-    std::size_t row = 0;
-    for (; row + kStreams * kLanes <= rows; row += kStreams * kLanes) {
-        for (std::size_t s = 0; s < kStreams; ++s) {
-            sums[s] += LoadLanes(x + row + s * kLanes) * LoadLanes(v + row + s * kLanes);
-        }
-    }
-    double sum = FoldLanes((sums[0] + sums[2]) + (sums[1] + sums[3]));
-    for (; row < rows; ++row) {
-        sum += x[row] * v[row];
-    }
-    return sum;
-}
-
-[[gnu::always_inline]] inline void AddColumnProductsBody(Columns columns,
-                                                         std::size_t first,
-                                                         std::size_t rows,
-                                                         const double* v,
-                                                         double* out)
-{
-    for (std::size_t j = 0; j < columns.size(); ++j) {
-        out[j] += ProductOfBlock(columns[j] + first, v + first, rows);
-    }
-}
-
-KORVEN_FOR_AVX512 void AddColumnProductsAvx512(Columns columns,
-                                               std::size_t first,
-                                               std::size_t rows,
-                                               const double* v,
-                                               double* out)
-{
-    AddColumnProductsBody(columns, first, rows, v, out);
-}
-
-KORVEN_FOR_AVX2 void AddColumnProductsAvx2(Columns columns,
-                                           std::size_t first,
-                                           std::size_t rows,
-                                           const double* v,
-                                           double* out)
-{
-    AddColumnProductsBody(columns, first, rows, v, out);
-}
-
-void AddColumnProductsBaseline(Columns columns,
-                               std::size_t first,
-                               std::size_t rows,
-                               const double* v,
-                               double* out)
-{
-    AddColumnProductsBody(columns, first, rows, v, out);
-}
-
-auto BestAddColumnProducts()
-{
-    switch (BestInstructionSet()) {
-        case InstructionSet::kAvx512:
-            return AddColumnProductsAvx512;
-        case InstructionSet::kAvx2:
-            return AddColumnProductsAvx2;
-        default:
-            return AddColumnProductsBaseline;
-    }
-}
-
 auto BestShiftedSum()
 {
     switch (BestInstructionSet()) {
@@ -400,17 +333,6 @@ void CrossProducts(Columns columns,
             products[j * q + i] = sum;
             products[i * q + j] = sum;
         }
-    }
-}
-
-void ColumnProducts(Columns columns, int n, const double* v, double* out)
-{
-    constexpr std::size_t kProductRows = 1024;
-    const auto rows = static_cast<std::size_t>(std::max(n, 0));
-    const auto addColumnProducts = BestAddColumnProducts();
-    std::fill_n(out, columns.size(), 0.0);
-    for (std::size_t first = 0; first < rows; first += kProductRows) {
-        addColumnProducts(columns, first, std::min(kProductRows, rows - first), v, out);
     }
 }
 

@@ -48,7 +48,4 @@ void CrossProducts(Columns columns,
                    bool corrected,
                    double* products);
 
-/** out(j) = sum over n rows of x_j(r) v(r), in eight lanes. */
-void ColumnProducts(Columns columns, int n, const double* v, double* out);
-
 }  // namespace korvenrg::linalg
