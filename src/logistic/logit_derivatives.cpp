@@ -94,7 +94,10 @@ void StoreHessian(const NumberedColumns& x,
         const int rowSlope = layout.Slope(rowBlock, x.numbers[j]);
         const int columnSlope = layout.Slope(columnBlock, x.numbers[j]);
         for (std::size_t i = 0; i < q; ++i) {
-            StoreSymmetric(layout.Slope(rowBlock, x.numbers[i]), columnSlope, products[j * q + i], fit.hessian);
+            StoreSymmetric(layout.Slope(rowBlock, x.numbers[i]),
+                           columnSlope,
+                           products[j * q + i],
+                           fit.hessian);
         }
         if (slopes != nullptr) fit.gradient.vbset(rowSlope, gradient[j]);
         if (!intercept) continue;
@@ -171,8 +174,10 @@ void StoreMortality(const NumberedColumns& free, const RowWeights& rows, bool in
 {
     const int position = fit.layout.Mortality(1);
     Cells sums(free.columns.size());
-    linalg::ColumnProducts(
-        free.columns, static_cast<int>(rows.mortalitySlope.size()), rows.mortalitySlope.data(), sums.data());
+    linalg::ColumnProducts(free.columns,
+                           static_cast<int>(rows.mortalitySlope.size()),
+                           rows.mortalitySlope.data(),
+                           sums.data());
     for (std::size_t j = 0; j < sums.size(); ++j) {
         StoreSymmetric(free.numbers[j], position, sums[j], fit.hessian);
     }
@@ -182,7 +187,11 @@ void StoreMortality(const NumberedColumns& free, const RowWeights& rows, bool in
 }
 
 // Adds half of t (x' H^-1 x) to what each observation brings to the gradient. False without an inverse.
-bool CorrectSlopes(const NumberedColumns& free, const LogitWork& work, bool intercept, LogitFit& fit, RowWeights& rows)
+bool CorrectSlopes(const NumberedColumns& free,
+                   const LogitWork& work,
+                   bool intercept,
+                   LogitFit& fit,
+                   RowWeights& rows)
 {
     const int length = fit.layout.Length();
     matrix<double> inverse(length, length);
@@ -202,14 +211,21 @@ bool CorrectSlopes(const NumberedColumns& free, const LogitWork& work, bool inte
     }
     const Cells centres(q);
     Cells leverages(rows.slope.size());
-    linalg::QuadraticForms(terms, static_cast<int>(leverages.size()), centres.data(), form.data(), leverages.data());
+    linalg::QuadraticForms(terms,
+                           static_cast<int>(leverages.size()),
+                           centres.data(),
+                           form.data(),
+                           leverages.data());
     for (std::size_t i = 0; i < leverages.size(); ++i) {
         rows.slope[i] -= 0.5 * rows.third[i] * leverages[i];
     }
     return true;
 }
 
-void OneBlockDerivatives(const LogitModel& model, const DerivativeOptions& options, LogitFit& fit, LogitWork& work)
+void OneBlockDerivatives(const LogitModel& model,
+                         const DerivativeOptions& options,
+                         LogitFit& fit,
+                         LogitWork& work)
 {
     const std::size_t n = work.natural.size();
     const double mortality = fit.parameters.vbget(fit.layout.Mortality(1));
@@ -236,7 +252,10 @@ void OneBlockDerivatives(const LogitModel& model, const DerivativeOptions& optio
     StoreGradient(ColumnsThatAre(false, model, fit), rows.slope, 1, false, fit);
 }
 
-void SeveralBlockDerivatives(const LogitModel& model, const DerivativeOptions& options, LogitFit& fit, LogitWork& work)
+void SeveralBlockDerivatives(const LogitModel& model,
+                             const DerivativeOptions& options,
+                             LogitFit& fit,
+                             LogitWork& work)
 {
     const std::size_t n = work.reference.size();
     const NumberedColumns free = ColumnsThatAre(true, model, fit);

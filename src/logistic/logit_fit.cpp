@@ -31,6 +31,24 @@ constexpr double kSeparated = 0.95;
 // Variances of an observation at or below this add nothing to Pearson's chi-square.
 constexpr double kSmallestVariance = 1E-12;
 
+// Derivatives at one point.
+struct KeptDerivatives
+{
+    std::vector<double> parameters;
+    std::vector<double> gradient;
+    std::vector<double> hessian;
+
+    explicit KeptDerivatives(const LogitFit& fit)
+        : parameters(CellsOf(fit.parameters)), gradient(CellsOf(fit.gradient)), hessian(CellsOf(fit.hessian))
+    {
+    }
+
+    static std::vector<double> CellsOf(const matrix<double>& source)
+    {
+        return {source.data, source.data + source.total};
+    }
+};
+
 // One run of the iteration.
 struct Newton
 {
@@ -39,6 +57,7 @@ struct Newton
     LogitFit& fit;
     LogitWork& work;
     bool accepted = false;
+    bool staleDerivatives = false;  // the probabilities of the last point are there, its derivatives are not
     int stepResult = 0;
     double before = kStartLogLikelihood;
 
@@ -82,19 +101,21 @@ void KeepMortalityNonNegative(LogitFit& fit)
 void RecomputeDerivatives(Newton& newton)
 {
     LogitDerivatives(newton.model, DerivativesOf(newton.options), newton.fit, newton.work);
+    newton.staleDerivatives = false;
 }
 
-// Log-likelihood at the probabilities of one point of the line search. Derivatives are needed where the search ends and,
-// for the penalty, everywhere.
+// Log-likelihood at the probabilities of one point of the line search. Derivatives are formed where the penalty or the
+// next step asks for them. Those of a search without success are needed only if the iteration ends there; the mortality,
+// which they depend on beside the probabilities, has moved on by then, so with one to estimate they are formed at once.
 double EvaluateMove(Newton& newton, int move)
 {
     double value = LogitLogLikelihood(newton.model, newton.work);
-    if (newton.options.firth) {
-        RecomputeDerivatives(newton);
-        value += FirthPenalty(newton.fit);
-    } else if (move == kMovesBack || value - newton.before > kSmallestRise) {
+    const bool accepted = value - newton.before > kSmallestRise;
+    newton.staleDerivatives = true;
+    if (newton.options.firth || accepted || (move == kMovesBack && newton.options.estimatesMortality)) {
         RecomputeDerivatives(newton);
     }
+    if (newton.options.firth) value += FirthPenalty(newton.fit);
     newton.LogLikelihood() = value;
     return value;
 }
@@ -227,6 +248,7 @@ bool RunPhase(Newton& newton)
         }
         if (!MakeStep(newton)) return counter > 1;
     } while (!StepSaysStop(newton) && !IsSeparated(newton) && !IsExhausted(newton) && !HasConverged(newton));
+    if (newton.staleDerivatives) RecomputeDerivatives(newton);
     return true;
 }
 
@@ -315,6 +337,31 @@ void PutNullParameters(const LogitModel& model, bool estimatesIntercept, matrix<
     }
 }
 
+// The score statistic; with the derivatives at the start of the fit, which are often those that it needs.
+double ScoreStat(const LogitModel& model,
+                 const FitOptions& options,
+                 const LogitFit& fit,
+                 const KeptDerivatives* start)
+{
+    LogitFit null(fit.layout);
+    std::copy_n(fit.fixedMask.data, fit.fixedMask.total, null.fixedMask.data);
+    PutNullParameters(model, options.estimatesIntercept, null.parameters);
+    if (start != nullptr && start->parameters == KeptDerivatives::CellsOf(null.parameters)) {
+        std::ranges::copy(start->gradient, null.gradient.data);
+        std::ranges::copy(start->hessian, null.hessian.data);
+    } else {
+        LogitWork work(model.n, model.layout.blocks);
+        LogitProbabilities(model, null.parameters, work);
+        LogitDerivatives(model, DerivativesOf(options), null, work);
+    }
+    const int length = fit.layout.Length();
+    if (!InvertOverFree(length, null.fixedMask, null.hessian, null.covariance)) return 0.0;
+    for (int i = 1; i <= length; ++i) {
+        if (!null.IsFree(i)) null.gradient.vbset(i, 0.0);
+    }
+    return 0.0 - M_ProductTrVBV(&null.gradient, length, &null.covariance);
+}
+
 }  // namespace
 
 double EvaluateLogitModel(const LogitModel& model, const FitOptions& options, LogitFit& fit, LogitWork& work)
@@ -334,13 +381,14 @@ int OptimizeLogitModel(const LogitModel& model, const FitOptions& options, Logit
     Newton newton{.model = model, .options = options, .fit = fit, .work = work};
     PutStartValues(fit);
     fit.statistics.logLikelihood = EvaluateLogitModel(model, options, fit, work);
+    const KeptDerivatives start(fit);
     if (!RunPhases(newton)) return kFitFailed;
     TakeBackStartValues(fit);
     fit.statistics.sumOfCaseWeights = SumOf(model.caseWeights, model.n);
     MeasureResiduals(model, work, fit.statistics);
     InvertOverFree(fit.layout.Length(), fit.fixedMask, fit.hessian, fit.covariance);
     fit.statistics.wald = LogitWaldStat(fit);
-    fit.statistics.score = LogitScoreStat(model, options, fit);
+    fit.statistics.score = ScoreStat(model, options, fit, options.estimatesMortality ? nullptr : &start);
     return kFitted;
 }
 
@@ -368,18 +416,7 @@ double LogitWaldStat(LogitFit& fit)
 
 double LogitScoreStat(const LogitModel& model, const FitOptions& options, const LogitFit& fit)
 {
-    LogitFit null(fit.layout);
-    LogitWork work(model.n, model.layout.blocks);
-    std::copy_n(fit.fixedMask.data, fit.fixedMask.total, null.fixedMask.data);
-    PutNullParameters(model, options.estimatesIntercept, null.parameters);
-    LogitProbabilities(model, null.parameters, work);
-    LogitDerivatives(model, DerivativesOf(options), null, work);
-    const int length = fit.layout.Length();
-    if (!InvertOverFree(length, null.fixedMask, null.hessian, null.covariance)) return 0.0;
-    for (int i = 1; i <= length; ++i) {
-        if (!null.IsFree(i)) null.gradient.vbset(i, 0.0);
-    }
-    return 0.0 - M_ProductTrVBV(&null.gradient, length, &null.covariance);
+    return ScoreStat(model, options, fit, nullptr);
 }
 
 }  // namespace korvenrg::logistic

@@ -188,21 +188,28 @@ void PutStartValues(LogitRun& run)
 void ComputeNullLogLikelihood(LogitRun& run)
 {
     const LogitModel& model = run.model;
+    const auto n = static_cast<std::size_t>(model.n);
+    if (run.HasOneBlock()) {
+        const double pi = run.marginal[0];
+        RowSum trials;
+        RowSum successes;
+        for (std::size_t i = 0; i < n; ++i) {
+            const double w = model.secondWeights[i] * model.caseWeights[i];
+            trials.Add(w);
+            successes.Add((model.form == kBinary ? w : model.secondWeights[i]) * model.response[i]);
+        }
+        run.nullLogLikelihood =
+            trials.Total() * std::log(1.0 - pi) + successes.Total() * std::log(pi / (1.0 - pi));
+        return;
+    }
     RowSum sum;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(model.n); ++i) {
-        const double wr = model.secondWeights[i];
-        const double w = wr * model.caseWeights[i];
-        if (run.HasOneBlock()) {
-            const double pi = run.marginal[0];
-            const double y = (model.form == kBinary ? w : wr) * model.response[i];
-            sum.Add(w * std::log(1.0 - pi) + y * std::log(pi / (1.0 - pi)));
-        } else if (model.isReference[i] == 1.0) {
-            sum.Add(w * std::log(run.referenceMarginal));
-        } else {
-            for (std::size_t k = 0; k < run.marginal.size(); ++k) {
-                if (model.indicators[k][i] != 0.0)
-                    sum.Add(wr * model.indicators[k][i] * std::log(run.marginal[k]));
-            }
+    for (std::size_t i = 0; i < n; ++i) {
+        if (model.isReference[i] == 1.0) {
+            sum.Add(model.secondWeights[i] * model.caseWeights[i] * std::log(run.referenceMarginal));
+            continue;
+        }
+        for (std::size_t k = 0; k < run.marginal.size(); ++k) {
+            if (model.indicators[k][i] != 0.0) sum.Add(model.secondWeights[i] * std::log(run.marginal[k]));
         }
     }
     run.nullLogLikelihood = sum.Total();

@@ -39,6 +39,8 @@ std::vector<double> CellsOf(const matrix<double>& source, int n)
 
 matrix<double> CopyOf(const matrix<double>& source, int rows, int cols)
 {
+    const bool fits = source.rows == rows && source.cols >= cols;
+    if (fits) return {rows, cols, source.data, false};
     const linalg::ColumnsOf columns(source, rows, cols);
     matrix<double> copy(rows, cols);
     for (int j = 0; j < cols; ++j) {
@@ -63,11 +65,11 @@ matrix<double> IndicatorsOf(const std::vector<double>& response, int categories,
     return indicators;
 }
 
-std::vector<double> ReferenceMarks(const std::vector<double>& response, int reference)
+std::vector<double> ReferenceMarks(const std::vector<double>& response, int categories, int reference)
 {
-    std::vector<double> marks;
-    for (const double y : response) {
-        marks.push_back(y == reference ? 1.0 : 0.0);
+    std::vector<double> marks(categories < 3 ? 0 : response.size());
+    for (std::size_t i = 0; i < marks.size(); ++i) {
+        marks[i] = response[i] == reference ? 1.0 : 0.0;
     }
     return marks;
 }
@@ -239,7 +241,7 @@ int RunMLOG(int n,
                  .caseWeights = CellsOf(*Wc, n),
                  .secondWeights = CellsOf(*Wr, n),
                  .indicators = IndicatorsOf(run.data.response, NbCategY, iConstrYType),
-                 .isReference = ReferenceMarks(run.data.response, iConstrYType),
+                 .isReference = ReferenceMarks(run.data.response, NbCategY, iConstrYType),
                  .design = CopyOf(*X, n, p),
                  .correlation = {p, p},
                  .mean = {p, 1},

@@ -15,9 +15,9 @@ constexpr std::size_t kTile = 4;
 // One block of rows: pointers to the columns, those of the caller or padded copies, and the columns times v.
 struct Block
 {
-    std::size_t rows;                     // whole lanes
-    std::vector<const double*> columns;   // padded
-    std::vector<double> weighted;         // padded columns, kBlockRows apart
+    std::size_t rows;                    // whole lanes
+    std::vector<const double*> columns;  // padded
+    std::vector<double> weighted;        // padded columns, kBlockRows apart
     const double* u;
     const double* v;
 };
@@ -37,7 +37,10 @@ struct Block
 }
 
 // The column times v, and the sum of it.
-[[gnu::always_inline]] inline double WeighColumn(const double* x, const double* v, std::size_t rows, double* weighted)
+[[gnu::always_inline]] inline double WeighColumn(const double* x,
+                                                 const double* v,
+                                                 std::size_t rows,
+                                                 double* weighted)
 {
     Lanes sum = {};
     for (std::size_t row = 0; row < rows; row += kLanes) {
@@ -76,7 +79,10 @@ template <std::size_t kWidth>
 }
 
 template <std::size_t kWidth>
-[[gnu::always_inline]] inline void AddBlockBody(Block& block, std::size_t q, const WeightedSums& sums, double* tiles)
+[[gnu::always_inline]] inline void AddBlockBody(Block& block,
+                                                std::size_t q,
+                                                const WeightedSums& sums,
+                                                double* tiles)
 {
     const std::size_t padded = block.columns.size();
     for (std::size_t j = 0; j < q; ++j) {
@@ -137,12 +143,20 @@ AddBlock* BestAddBlock()
 
 using AddColumns = void(Columns, std::size_t, std::size_t, const double*, double*);
 
-KORVEN_FOR_AVX512 void AddColumnsAvx512(Columns columns, std::size_t first, std::size_t rows, const double* v, double* out)
+KORVEN_FOR_AVX512 void AddColumnsAvx512(Columns columns,
+                                        std::size_t first,
+                                        std::size_t rows,
+                                        const double* v,
+                                        double* out)
 {
     AddColumnsBody(columns, first, rows, v, out);
 }
 
-KORVEN_FOR_AVX2 void AddColumnsAvx2(Columns columns, std::size_t first, std::size_t rows, const double* v, double* out)
+KORVEN_FOR_AVX2 void AddColumnsAvx2(Columns columns,
+                                    std::size_t first,
+                                    std::size_t rows,
+                                    const double* v,
+                                    double* out)
 {
     AddColumnsBody(columns, first, rows, v, out);
 }

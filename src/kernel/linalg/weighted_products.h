@@ -12,9 +12,9 @@ void ColumnProducts(Columns columns, int n, const double* v, double* out);
 /** What WeightedProducts writes, for q columns. */
 struct WeightedSums
 {
-    double* slopes;    ///< q: sum of u x_j; null: not wanted
+    double* slopes;     ///< q: sum of u x_j; null: not wanted
     double* constants;  ///< q: sum of v x_j
-    double* products;  ///< q x q by columns, symmetric: sum of v x_i x_j
+    double* products;   ///< q x q by columns, symmetric: sum of v x_i x_j
 };
 
 /** All three in one pass over the columns. @param u  n cells, read when slopes are wanted. @param v  n weights of any
