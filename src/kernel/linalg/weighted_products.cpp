@@ -36,19 +36,27 @@ struct Block
     return FoldLanes(even + odd);
 }
 
-// The column times v, and the sum of it.
-[[gnu::always_inline]] inline double WeighColumn(const double* x,
-                                                 const double* v,
-                                                 std::size_t rows,
-                                                 double* weighted)
+// The column times v, with the sums of it and, if wanted, of the column times u. The same rows of the next block are
+// fetched meanwhile, so that they arrive while this block is multiplied.
+template <bool kWithSlopes>
+[[gnu::always_inline]] inline void WeighColumn(const double* x,
+                                               const Block& block,
+                                               double* weighted,
+                                               double* slope,
+                                               double* constant)
 {
-    Lanes sum = {};
-    for (std::size_t row = 0; row < rows; row += kLanes) {
-        const Lanes product = LoadLanes(x + row) * LoadLanes(v + row);
+    Lanes slopes = {};
+    Lanes constants = {};
+    for (std::size_t row = 0; row < block.rows; row += kLanes) {
+        __builtin_prefetch(x + row + kBlockRows);
+        const Lanes cells = LoadLanes(x + row);
+        const Lanes product = cells * LoadLanes(block.v + row);
         StoreLanes(product, weighted + row);
-        sum += product;
+        constants += product;
+        if constexpr (kWithSlopes) slopes += cells * LoadLanes(block.u + row);
     }
-    return FoldLanes(sum);
+    *constant += FoldLanes(constants);
+    if constexpr (kWithSlopes) *slope += FoldLanes(slopes);
 }
 
 template <std::size_t kWidth>
@@ -86,9 +94,12 @@ template <std::size_t kWidth>
 {
     const std::size_t padded = block.columns.size();
     for (std::size_t j = 0; j < q; ++j) {
-        const double* x = block.columns[j];
-        if (sums.slopes != nullptr) sums.slopes[j] += LaneProduct(x, block.u, block.rows);
-        sums.constants[j] += WeighColumn(x, block.v, block.rows, block.weighted.data() + j * kBlockRows);
+        double* weighted = block.weighted.data() + j * kBlockRows;
+        if (sums.slopes != nullptr) {
+            WeighColumn<true>(block.columns[j], block, weighted, sums.slopes + j, sums.constants + j);
+        } else {
+            WeighColumn<false>(block.columns[j], block, weighted, nullptr, sums.constants + j);
+        }
     }
     for (std::size_t j = 0; j < padded; j += kWidth) {
         for (std::size_t i = j; i < padded; i += kWidth) {
