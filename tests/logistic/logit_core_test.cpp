@@ -38,7 +38,8 @@ struct Setting
                 cell = normal(generator);
         indicators.assign(static_cast<size_t>(K), std::vector<double>(static_cast<size_t>(n)));
         for (size_t i = 0; i < static_cast<size_t>(n); ++i) {
-            wc.push_back(form == kBinomial ? 1.0 + std::floor(6.0 * uniform(generator)) : 0.5 + uniform(generator));
+            wc.push_back(form == kBinomial ? 1.0 + std::floor(6.0 * uniform(generator))
+                                           : 0.5 + uniform(generator));
             wr.push_back(0.5 + uniform(generator));
             const auto code = static_cast<size_t>((K + 1) * uniform(generator));
             y.push_back(form == kBinomial ? std::floor((wc.back() + 1.0) * uniform(generator))
@@ -96,7 +97,12 @@ double ValueAt(const LogitModel& model, const FitOptions& options, const LogitFi
     return EvaluateLogitModel(model, options, moved, work);
 }
 
-double SlopeAt(const LogitModel& model, const FitOptions& options, const LogitFit& fit, int i, int j, double shift)
+double SlopeAt(const LogitModel& model,
+               const FitOptions& options,
+               const LogitFit& fit,
+               int i,
+               int j,
+               double shift)
 {
     LogitFit moved(fit);
     LogitWork work(model.n, model.layout.blocks);
@@ -134,8 +140,8 @@ TEST(LogitCore, DerivativesAreDifferences)
     cases.push_back({2, kMultinomial, kLogit, 0.0, false});
     cases.push_back({4, kMultinomial, kLogit, 0.0, false});
     for (const CoreCase& c : cases) {
-        SCOPED_TRACE(testing::Message() << "K " << c.blocks << " form " << c.form << " link " << c.link << " mortality "
-                                        << c.mortality << " firth " << c.firth);
+        SCOPED_TRACE(testing::Message() << "K " << c.blocks << " form " << c.form << " link " << c.link
+                                        << " mortality " << c.mortality << " firth " << c.firth);
         Setting setting(61, 3, c.blocks, c.form, c.link);
         if (c.form == kBinomial) setting.wr.assign(setting.wr.size(), 1.0);
         const LogitModel model = setting.Model();
@@ -241,8 +247,11 @@ TEST(LogitCore, ExponentialsAndWeightedProducts)
             const Setting s(std::max(n, 1), p, 1, kBinary, kLogit);
             const auto q = static_cast<size_t>(p);
             std::vector<double> slopes(q), constants(q), products(q * q), sums(q);
-            linalg::WeightedProducts(
-                s.columnPointers, n, s.wr.data(), s.y.data(), {slopes.data(), constants.data(), products.data()});
+            linalg::WeightedProducts(s.columnPointers,
+                                     n,
+                                     s.wr.data(),
+                                     s.y.data(),
+                                     {slopes.data(), constants.data(), products.data()});
             linalg::ColumnProducts(s.columnPointers, n, s.wr.data(), sums.data());
             for (size_t i = 0; i < q; ++i)
                 for (size_t j = 0; j < q; ++j) {

@@ -22,7 +22,8 @@ LogitProblem RandomBinary(int n, int p, unsigned seed = 3)
         for (double& cell : column)
             cell = normal(generator);
     for (size_t i = 0; i < static_cast<size_t>(n); ++i)
-        y.push_back(uniform(generator) < 1.0 / (1.0 + std::exp(0.3 - (p > 0 ? columns[0][i] : 0.0))) ? 1.0 : 0.0);
+        y.push_back(uniform(generator) < 1.0 / (1.0 + std::exp(0.3 - (p > 0 ? columns[0][i] : 0.0))) ? 1.0
+                                                                                                     : 0.0);
     return Binary(y, columns);
 }
 
@@ -78,7 +79,8 @@ TEST(LogitInvariants, WeightsAreReplicatedRows)
                 ExpectClose(a.tests(test, kTestStatistic), b.tests(test, kTestStatistic), kSameOptimum);
             ExpectClose(a.fit(kRowMinus2LogLikelihood, 2), b.fit(kRowMinus2LogLikelihood, 2), kPrinted);
             // The null log-likelihood of several categories leaves the case weight out.
-            EXPECT_EQ(std::fabs(a.fit(kRowMinus2LogLikelihood, 1) / b.fit(kRowMinus2LogLikelihood, 1) - 1.0) < 1E-12,
+            EXPECT_EQ(std::fabs(a.fit(kRowMinus2LogLikelihood, 1) / b.fit(kRowMinus2LogLikelihood, 1) - 1.0) <
+                          1E-12,
                       categories == 2);
         }
 }
@@ -108,7 +110,8 @@ TEST(LogitInvariants, UnitsOrderAndCopies)
 // The second weight counts in the likelihood, Pearson's chi-square and the null likelihood, not in the derivatives.
 TEST(LogitOddities, SecondWeightsOfBinomialData)
 {
-    LogitProblem q = Binary({6, 13, 18, 28, 52, 53, 61, 60}, {{1.69, 1.72, 1.75, 1.78, 1.81, 1.84, 1.86, 1.88}});
+    LogitProblem q =
+        Binary({6, 13, 18, 28, 52, 53, 61, 60}, {{1.69, 1.72, 1.75, 1.78, 1.81, 1.84, 1.86, 1.88}});
     q.form = kBinomialForm;
     q.wc = {59, 60, 62, 56, 63, 59, 62, 60};
     q.maxIterations = 0;  // one step from the same start, accepted under both likelihoods
@@ -118,9 +121,12 @@ TEST(LogitOddities, SecondWeightsOfBinomialData)
     EXPECT_EQ(CellsOf(weighted.coefficients), CellsOf(plain.coefficients));
     EXPECT_EQ(weighted.tests(kScoreTest, kTestStatistic), plain.tests(kScoreTest, kTestStatistic));
     for (int model : {kIndependentModel, kFittedModel})
-        EXPECT_GT(std::fabs(weighted.fit(kRowMinus2LogLikelihood, model) - plain.fit(kRowMinus2LogLikelihood, model)),
+        EXPECT_GT(std::fabs(weighted.fit(kRowMinus2LogLikelihood, model) -
+                            plain.fit(kRowMinus2LogLikelihood, model)),
                   0.1);
-    ExpectClose(Sum({59, 60 * 2, 62, 56 * 2, 63, 59 * 2, 62, 60 * 2}), weighted.fit(kRowSumOfWeights, 1), kExact);
+    ExpectClose(Sum({59, 60 * 2, 62, 56 * 2, 63, 59 * 2, 62, 60 * 2}),
+                weighted.fit(kRowSumOfWeights, 1),
+                kExact);
     ExpectClose(weighted.wr[1], 2.0 * 481.0 / (481.0 + 60 + 56 + 59 + 60), kRoundoff);
 }
 
@@ -146,8 +152,8 @@ TEST(LogitOddities, NullLogLikelihood)
     Vector counts(3);
     for (double y : q.y)
         counts[static_cast<size_t>(y)] += 1.0;
-    const double null = 2.0 * counts[0] * std::log(counts[0] / 30.0) + counts[1] * std::log(counts[1] / 30.0) +
-                        counts[2] * std::log(counts[2] / 30.0);
+    const double null = 2.0 * counts[0] * std::log(counts[0] / 30.0) +
+                        counts[1] * std::log(counts[1] / 30.0) + counts[2] * std::log(counts[2] / 30.0);
     ExpectClose(RunLogit(q).fit(kRowMinus2LogLikelihood, kIndependentModel), -2.0 * null, kRoundoff);
     // One block that is not binary: no case weight in the second term.
     q = RandomBinary(30, 1);
@@ -165,7 +171,8 @@ TEST(LogitOddities, ScoreStartsFromLogits)
     LogitProblem q = Binary({0, 0, 0, 1, 0, 1, 1, 1, 1, 0}, {{0, 0, 0, 0, 0, 1, 1, 1, 1, 1}});
     q.link = kProbitLink;
     double g[2] = {}, h[2][2] = {};
-    const double eta = std::log(0.5 / 0.5), f = 0.3989422804014327;  // the share is 1/2: P = Phi(0) = 1/2, f' = 0
+    const double eta = std::log(0.5 / 0.5),
+                 f = 0.3989422804014327;  // the share is 1/2: P = Phi(0) = 1/2, f' = 0
     for (size_t i = 0; i < 10; ++i) {
         const double x[2] = {q.x[i] - 0.5, 1.0};
         const double d = q.y[i] / 0.5 - 1.0, s = q.y[i] / 0.25 + (1.0 - q.y[i]) / 0.25;
@@ -225,7 +232,8 @@ TEST(LogitOddities, CountsOfThreeCategories)
 // A second phase with the mortality free ends where the first, with it held at the estimate, ends too.
 TEST(LogitInvariants, MortalityInTwoPhases)
 {
-    LogitProblem q = Binary({8, 9, 10, 24, 33, 43, 52, 50}, {{0.41, 0.58, 0.71, 0.89, 1.01, 1.21, 1.42, 1.61}});
+    LogitProblem q =
+        Binary({8, 9, 10, 24, 33, 43, 52, 50}, {{0.41, 0.58, 0.71, 0.89, 1.01, 1.21, 1.42, 1.61}});
     q.form = kBinomialForm;
     q.link = kProbitLink;
     q.wc = {50, 48, 46, 49, 50, 47, 52, 50};
@@ -241,12 +249,14 @@ TEST(LogitInvariants, MortalityInTwoPhases)
     ExpectClose(given.fit(kRowMinus2LogLikelihood, 2), estimated.fit(kRowMinus2LogLikelihood, 2), kRoundoff);
     EXPECT_LT(given.coefficients(2, kCoefStdError), estimated.coefficients(2, kCoefStdError));
     EXPECT_EQ(given.tests(1, kTestDf) + 1.0, estimated.tests(1, kTestDf));
-    // Where the likelihood would have a negative mortality it is 0.
-    q.y = {6, 11, 16, 27, 36, 40, 50, 49};
-    q.link = kCloglogLink;
+    // A step to a negative mortality is cut to 0, searched back from there, and never passes it.
+    q.y = {0, 0, 0, 20, 25, 44, 52, 50};
     q.info[kGivenMortality] = 0;
-    q.mortality = {0.05};
-    EXPECT_EQ(RunLogit(q).mortality[0], 0.0);
+    q.mortality = {0.01};
+    const LogitResults cut = RunLogit(q);
+    EXPECT_GE(cut.mortality[0], 0.0);
+    EXPECT_LT(cut.mortality[0], 0.01);
+    EXPECT_LE(cut.fit(kRowIterations, kFittedModel), q.maxIterations + 1);
 }
 
 TEST(LogitDoses, SlopeOfNothing)
@@ -285,7 +295,8 @@ TEST(LogitDoses, FourthPowerOfStudent)
 // Probabilities below the mortality have no dose, whatever scale they are stated on.
 TEST(LogitDoses, ProbabilitiesBelowTheMortality)
 {
-    LogitProblem q = Binary({6, 11, 16, 27, 36, 40, 50, 49}, {{0.41, 0.58, 0.71, 0.89, 1.01, 1.21, 1.42, 1.61}});
+    LogitProblem q =
+        Binary({6, 11, 16, 27, 36, 40, 50, 49}, {{0.41, 0.58, 0.71, 0.89, 1.01, 1.21, 1.42, 1.61}});
     q.form = kBinomialForm;
     q.wc = {50, 48, 46, 49, 50, 47, 52, 50};
     q.info[kDoses] = q.info[kWithMortality] = q.info[kGivenMortality] = 1;
