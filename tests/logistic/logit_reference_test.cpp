@@ -62,8 +62,9 @@ LogitProblem ProblemOf(const Case& c)
     return q;
 }
 
-// Steps that promise a rise above eps are made, so estimates stand within 2e-8 standard errors of the maximum.
-constexpr double kSettled = 1E-8;
+// Steps that promise a rise above eps are made, so estimates stand within 2e-8 standard errors of the maximum, and about
+// there with a mortality.
+constexpr double kSettled = 2E-8;
 // Under the penalty steps are those of the unpenalised Hessian: convergence is linear and ends earlier. Profile bounds end
 // within 1e-5 of the critical value.
 constexpr double kSettledFirth = 1E-6;
