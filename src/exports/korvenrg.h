@@ -939,6 +939,116 @@ KORVENRG_API void Cpp_identifyRemoved2(
     int* oFactRemovedParents /**< [out; p] 1 for a flagged column; the other cells stay */
 );
 
+/* ---- logistic models ---- */
+
+/**
+ * One logistic regression: binary, binomial (grouped) or multinomial response; logit, probit, complementary log-log or
+ * log-log link; with a natural mortality, Firth's penalised likelihood, a selection of variables and the tables of a
+ * report. K is NbCategY - 1, the number of response categories beside the reference.
+ *
+ * The columns are standardised under Wc and screened by tolerance; the likelihood is maximised by Newton steps with a
+ * line search. A level of a qualitative variable (a column at 1) that no observation of some category has is reported
+ * in oSeparate: with one block Firth's penalty is then switched on, with several the run ends.
+ *
+ * InputInfo, positions from 0, on at exactly 1: 0 doses are logarithms to base 10 and come back as powers; 1 ignored; 2
+ * the intercept is not estimated: each category starts from probability 1/NbCategY and keeps its intercept; 3 the model
+ * has a natural mortality; 4 it is given in ioMortality, not estimated; 5 probabilities are those observed, mortality
+ * included: predictions are not corrected for it and doses are solved with it; 6 profile intervals (K = 1); 7 Firth's
+ * penalty (K = 1); 8 type III table; 9 dose tables (K = 1 and one column in the model); 10 the tolerance screen applies
+ * iTolerance even with qualitative columns (without them it always does); otherwise it refuses exact dependence alone.
+ *
+ * The mortality enters the probability as c + (1 - c) F(eta) (Abbott 1925). Columns of the coefficient tables: value,
+ * standard error, Wald chi-square, Pr > chi-square (both stay without a standard error), lower and upper bound, then
+ * with profile intervals lower and upper profile bound, then odds ratio and its bounds, which are missing where an
+ * upper bound reaches 702. The row of a column outside the model holds 0, 0 and missing cells; under iConstraintType
+ * above 1 the last column of a factor in the model is derived through FactSubDesign instead. oTestStats has the rows
+ * likelihood ratio, score, Wald and the columns degrees of freedom, chi-square, Pr > chi-square (missing without a
+ * column in the model). oFitCoeffs has the independent model in column 1 and the fitted one in column 2, by row: sum of
+ * Wc, sum of Wc * Wr, degrees of freedom, -2 log-likelihood, McFadden's, Cox and Snell's and Nagelkerke's R squared,
+ * AIC, Schwarz's criterion, number of iterations (column 2 alone).
+ *
+ * Prediction columns with K = 1, corrected for the mortality: 1 observed, 2 expected, 3 independent (counts for
+ * binomial responses), 4 and 5 observed and expected probability, 6 and 7 Pearson residual against the fitted and the
+ * independent model (missing without variance), 8 and 9 bounds of the expected value. With several: 1 observed and 2
+ * predicted category, counted from 1 with the reference as 1 in the second; 3 probability of the reference, then those
+ * of the others; the remaining columns stay.
+ *
+ * Returns 0; -5, -6, -7, -8 when the first fit, the backward, best-subset or forward selection failed (data that are
+ * not finite, a constant response, n below 1, NbCategY below 2); -10 with K above 1 and an empty level. A negative
+ * result leaves the tables that were not reached. That the iteration limit was reached shows in oFitCoeffs alone.
+ */
+KORVENRG_API int Cpp_RunMLOG(
+    int n, /**< [in] number of observations */
+    int p, /**< [in] number of coded columns */
+    int pQ, /**< [in] number of qualitative columns; whether it is 0 is read */
+    int NbCategY, /**< [in] number of response categories, at least 2 */
+    double* Y, /**< [in; n] response: 0 or 1; successes; or category code from 0 */
+    double* X, /**< [in; n x p] coded columns */
+    double* Wc, /**< [in; n] case weights; trials of a binomial response */
+    double* Wr, /**< [inout; n] second weights; rescaled so that Wc * Wr adds up to Wc */
+    double alpha, /**< [in] 1 less the level of all intervals */
+    int nValid, /**< [in] validation observations; 0: none, and their tables stay */
+    double* YValid, /**< [in; max(1,nValid)] their response */
+    double* XValid, /**< [in; max(1,nValid) x p] their coded columns */
+    double* WcValid, /**< [in; max(1,nValid)] their case weights or trials */
+    double* oPredResidValid, /**< [out; max(1,nValid) x 9K] their prediction table */
+    double* oClassTableValid, /**< [out; (NbCategY+1) x (NbCategY+2)] their classification table */
+    int nPred, /**< [in] new observations; 0: none, and their table stays */
+    double* XPred, /**< [in; max(1,nPred) x p] their coded columns */
+    double* NewPred, /**< [out; max(1,nPred) x 4K] K = 1: expected and independent probability, lower and upper bound;
+    otherwise expected and independent probability of each category but the reference, the rest stays */
+    int NbFactors, /**< [in] number of factors */
+    int* NbActiveFactors, /**< [inout; 1] factors in the model */
+    int* FactType, /**< [in; NbFactors] type of each factor; 2, 4 and 5 are qualitative */
+    int* FactActive, /**< [inout; NbFactors] 1: the factor is in the model; columns of others are left out */
+    int* FactNbVars, /**< [in; unused] ignored, may be null */
+    int* FactSubParents, /**< [in; p] factor of each column */
+    double* FactSubFreq, /**< [in; unused] ignored, may be null */
+    double* FactSubDesign, /**< [in; p x p] map from fitted columns to reported coefficients */
+    int* InputInfo, /**< [in; 11] options, see above */
+    int iVarType, /**< [in] 0 binary, 1 binomial, 2 multinomial */
+    int iModelType, /**< [in] link: 0 logit, 1 probit, 2 complementary log-log, 3 log-log; read with K = 1 alone */
+    double iConvergence, /**< [in] limit on the change of the log-likelihood */
+    int iMaxIter, /**< [in] iteration limit; 0 still makes one iteration */
+    double iTolerance, /**< [in] tolerance of the screen */
+    int iConstraintType, /**< [in] coding of qualitative factors; above 1 the last level of each is reported */
+    int iConstrYType, /**< [in] code of the reference category, from 0; read with K above 1 alone */
+    int iSelectionType, /**< [in] -1 none: all columns that pass the screen; other values fit nothing */
+    int iCriterionType, /**< [in] ignored without a selection */
+    double PrIn, /**< [in] ignored without a selection */
+    double PrOut, /**< [in] ignored without a selection */
+    int iMinNbVar, /**< [in] ignored without a selection */
+    int iMaxNbVar, /**< [in] ignored without a selection */
+    double iCutPoint, /**< [in] probability from which an observation is classified as 1; K = 1 */
+    double* ioMortality, /**< [inout; K] natural mortality of each block: start or given value, then the estimate */
+    double* oModels, /**< [out; iSelectionType 0: (iMaxNbVar-iMinNbVar+1) x (p+11), >=1: 2*NbActiveFactors x (p+15), <0: 1 x (p+15)] not written without a selection */
+    int* ioFactSubRemoved, /**< [inout; p] above 0: the column is left out and keeps its state; on return 0: in the model, 1: refused by the screen or of a factor outside the model */
+    double* oStdevCoefficients, /**< [out; (p+1)K x 11] for each block the intercept and the p columns, on the scale of
+    the data; without profile intervals columns 10 and 11 of rows in the model stay */
+    double* oBetaCoefficients, /**< [out; pK x 8] standardised coefficients of each block, no odds ratios; profile
+    bounds are 0 when not asked for and missing with several blocks */
+    double* oVarCov, /**< [out; (p+2) x (p+2)] covariance of the reported slopes, intercept and mortality of the first
+    block */
+    double* oFitCoeffs, /**< [out; 10 x 2] goodness of fit */
+    double* oTestStats, /**< [out; 3 x 3] global tests */
+    double* oANOVATable, /**< [out; (NbActiveFactors+1) x 5] not written */
+    double* oPredResid, /**< [out; n x 9K] prediction table */
+    double* oHetero, /**< [out; 1] Pearson's chi-square over its degrees of freedom; 1 unless its p-value is at most
+    0.1 */
+    double* oIndepVal, /**< [out; K] probability of each category but the reference in the independent model */
+    double* oClassTable, /**< [out; (NbCategY+1) x (NbCategY+2)] rows observed, columns predicted; then totals and
+    percent correct as a share of 1. K = 1: counts under Wc. Otherwise rows are weighted and column totals count
+    observations; the last cell is the mean of the percents */
+    double* oROCTable, /**< [out; (n+1) x 2] not written */
+    double* oAOC, /**< [out; 1] not written */
+    double* oProbaTable1, /**< [out; 13 x 6] probability (1, 5, 10, 20 .. 90, 95, 99 percent), dose, Fieller's bounds
+    (missing unless the dose lies between them), and, unless oHetero is 1, bounds under heterogeneity. A probability
+    below the mortality gives missing cells */
+    double* oProbaTable2, /**< [out; 99 x 5] for 1 to 99 percent: Fieller's bounds with the heterogeneity, the same with
+    the multiplier of column 5 of oProbaTable1 (stay when oHetero is 1), probability */
+    VARIANT_BOOL* oSeparate /**< [out; 1] -1: a level is empty in some category */
+);
+
 #ifdef __cplusplus
 }
 #endif

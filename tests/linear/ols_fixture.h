@@ -5,12 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <vector>
 
 #include "korvenrg.h"
 #include "linear/ols_tables.h"
-#include "support/guarded_array.h"
+#include "support/result_table.h"
 #include "support/tolerances.h"
 
 namespace linear_test {
@@ -25,52 +24,6 @@ inline constexpr size_t kFixedIntercept = 0, kInterceptValue = 1, kTolerance = 2
                         kTypeII = 12, kTypeIII = 13, kConstraint = 14, kTypeIV = 15, kKeepRawCov = 16;
 /** States of a column. */
 inline constexpr int kIn = 0, kCandidate = -1, kDropped = 40000, kConstant = 50000, kRefused = 60000;
-
-using Vector = std::vector<double>;
-using Integers = std::vector<int>;
-
-/** Position of a count from 1. */
-constexpr size_t At(int i)
-{
-    return static_cast<size_t>(i - 1);
-}
-
-/** A result table behind guards, cells from 1. */
-struct Table
-{
-    int rows, cols;
-    GuardedArray<double> cells;
-
-    Table(int r, int c) : rows(r), cols(c), cells(static_cast<size_t>(r * c)) {}
-    size_t Position(int r, int c) const
-    {
-        return At(rows * (c - 1) + r);
-    }
-    double operator()(int r, int c = 1) const
-    {
-        return cells[Position(r, c)];
-    }
-    bool Kept(int r, int c = 1) const
-    {
-        return cells.IsSentinel(Position(r, c));
-    }
-    Vector Column(int c) const
-    {
-        Vector column;
-        for (int r = 1; r <= rows; ++r)
-            column.push_back((*this)(r, c));
-        return column;
-    }
-};
-
-inline Vector CellsOf(const Table& table)
-{
-    Vector cells;
-    for (int c = 1; c <= table.cols; ++c)
-        for (const double cell : table.Column(c))
-            cells.push_back(cell);
-    return cells;
-}
 
 struct OlsProblem
 {
@@ -98,12 +51,6 @@ struct OlsResults
                 &residuals, &cook,     &leaveOneOut, &swept, &means,      &deviations};
     }
 };
-
-template <class T>
-bool SameBytes(const std::vector<T>& a, const std::vector<T>& b)
-{
-    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
-}
 
 /** Runs the door. Fails when a guard cell, an input, the second fit column or a table without content
  * changed. */

@@ -1,5 +1,4 @@
-/** Weighted means of columns as two doubles, and cross-products about given centres: the base of all moments.
- */
+/** Weighted means of columns as two doubles, and cross-products about given centres: the base of all moments. */
 #pragma once
 
 #include <vector>

@@ -174,21 +174,86 @@ FormsFunction* BestForms()
     }
 }
 
+// Adds kCombined columns at a time, one after the other in each row, so that the sum is that of single columns.
+[[gnu::always_inline]] inline void CombineBody(Columns columns,
+                                               std::size_t first,
+                                               std::size_t rows,
+                                               const double* coefficients,
+                                               double* out)
+{
+    constexpr std::size_t kCombined = 4;
+    std::size_t j = 0;
+    for (; j + kCombined <= columns.size(); j += kCombined) {
+        const double* x0 = columns[j] + first;
+        const double* x1 = columns[j + 1] + first;
+        const double* x2 = columns[j + 2] + first;
+        const double* x3 = columns[j + 3] + first;
+        for (std::size_t row = 0; row < rows; ++row) {
+            double sum = out[row] + x0[row] * coefficients[j];
+            sum += x1[row] * coefficients[j + 1];
+            sum += x2[row] * coefficients[j + 2];
+            out[row] = sum + x3[row] * coefficients[j + 3];
+        }
+    }
+    for (; j < columns.size(); ++j) {
+        const double* column = columns[j] + first;
+        for (std::size_t row = 0; row < rows; ++row) {
+            out[row] += column[row] * coefficients[j];
+        }
+    }
+}
+
+using CombineFunction = void(Columns, std::size_t, std::size_t, const double*, double*);
+
+KORVEN_FOR_AVX512 void CombineAvx512(Columns columns,
+                                     std::size_t first,
+                                     std::size_t rows,
+                                     const double* coefficients,
+                                     double* out)
+{
+    CombineBody(columns, first, rows, coefficients, out);
+}
+
+KORVEN_FOR_AVX2 void CombineAvx2(Columns columns,
+                                 std::size_t first,
+                                 std::size_t rows,
+                                 const double* coefficients,
+                                 double* out)
+{
+    CombineBody(columns, first, rows, coefficients, out);
+}
+
+void CombineBaseline(Columns columns,
+                     std::size_t first,
+                     std::size_t rows,
+                     const double* coefficients,
+                     double* out)
+{
+    CombineBody(columns, first, rows, coefficients, out);
+}
+
+CombineFunction* BestCombine()
+{
+    switch (BestInstructionSet()) {
+        case InstructionSet::kAvx512:
+            return CombineAvx512;
+        case InstructionSet::kAvx2:
+            return CombineAvx2;
+        default:
+            return CombineBaseline;
+    }
+}
+
 }  // namespace
 
 void LinearCombination(Columns columns, int n, const double* coefficients, double constant, double* out)
 {
     const auto rows = static_cast<std::size_t>(std::max(n, 0));
+    CombineFunction* combine = BestCombine();
     for (std::size_t first = 0; first < rows; first += kBlockRows) {
-        const std::size_t end = std::min(first + kBlockRows, rows);
-        std::fill(out + first, out + end, constant);
-        for (std::size_t j = 0; j < columns.size(); ++j) {
-            const double* column = columns[j];
-            const double coefficient = coefficients[j];
-            for (std::size_t row = first; row < end; ++row) {
-                out[row] += column[row] * coefficient;
-            }
-        }
+        const std::size_t count = std::min(kBlockRows, rows - first);
+        std::fill_n(out + first, count, constant);
+        combine(columns, first, count, coefficients, out + first);
     }
 }
 

@@ -57,7 +57,7 @@ void CheckTolerance(matrix<double>* R,
                     double tol,
                     short throughZero,
                     short restart,
-                    short exactOnly,
+                    short applies,
                     short withTables,
                     matrix<T>* states,
                     matrix<double>* tolerances,
@@ -65,7 +65,7 @@ void CheckTolerance(matrix<double>* R,
 {
     if (p < 1) return;
     matrix<double> packed = PackedWithEmptyResponse(*R, p);
-    const double limit = exactOnly == kTrue ? 0.0 : std::max(tol, 0.0);
+    const double limit = applies == kTrue ? std::max(tol, 0.0) : 0.0;
     const int most = MostColumns(n, throughZero);
     int entered = 0;
     std::vector<int> screened;

@@ -20,9 +20,9 @@
  * @param tol         smallest tolerance, exclusive; below 0 counts as 0
  * @param throughZero -1: the model has no intercept, so that n columns can enter and not n - 1
  * @param restart     -1: states on entry are set to 0 first
- * @param exactOnly   -1: `tol` is not applied, and a column is refused only when rounding is all that is left of
- *                    it. For designs that consist of indicator columns, where a rare cell may have a small
- *                    tolerance without being aliased
+ * @param applies    -1: `tol` is applied; otherwise a column is refused only when rounding is all that is left of
+ *                    it. For designs with indicator columns, where a rare cell may have a small tolerance without
+ *                    being aliased
  * @param withTables  -1: `tolerances` and `inflations` are filled
  * @param states      p cells, in and out: 1 marks a refused column; an accepted one gets 0
  * @param tolerances  p cells, out: 1 - R squared of the column on all accepted ones but itself; the missing
@@ -39,7 +39,7 @@ void CheckTolerance(matrix<double>* R,
                     double tol,
                     short throughZero,
                     short restart,
-                    short exactOnly,
+                    short applies,
                     short withTables,
                     matrix<T>* states,
                     matrix<double>* tolerances,

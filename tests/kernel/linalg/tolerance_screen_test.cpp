@@ -31,7 +31,7 @@ struct Screen
     matrix<int>* active = nullptr;
     matrix<int>* parents = nullptr;
 
-    void Run(int n, double tol, short throughZero = kFalse, short restart = kFalse, short exact = kFalse)
+    void Run(int n, double tol, short throughZero = kFalse, short restart = kFalse, short applies = kTrue)
     {
         CheckTolerance(&R,
                        n,
@@ -41,7 +41,7 @@ struct Screen
                        tol,
                        throughZero,
                        restart,
-                       exact,
+                       applies,
                        kTrue,
                        &states,
                        &tolerances,
@@ -69,7 +69,7 @@ TEST(ToleranceScreen, MarksWhatDependsOnEarlierColumns)
     EXPECT_EQ(screen.inflations.vbget(4), kMissing);
     EXPECT_EQ(screen.inflations.vbget(5), 1.0);
 
-    screen.Run(30, 1e-4, kFalse, kTrue, kTrue);  // started again, for exact dependence alone
+    screen.Run(30, 1e-4, kFalse, kTrue, kFalse);  // started again, for exact dependence alone
     screen.ExpectStates({0, 0, 0, 1, 0});
     EXPECT_LT(screen.tolerances.vbget(1), 1e-5);
 }
