@@ -4,12 +4,10 @@
 #include <cmath>
 
 #include "kernel/linalg/newton_step.h"
-#include "kernel/linalg/products.h"
-#include "logistic/link_functions.h"
+#include "logistic/fit_statistics.h"
 #include "logistic/logit_derivatives.h"
 #include "logistic/logit_probabilities.h"
 #include "logistic/newton_search.h"
-#include "logistic/row_sum.h"
 
 namespace korvenrg::logistic {
 
@@ -28,26 +26,6 @@ constexpr int kSettledIterationsWithMortality = 15;
 // Several blocks: a fitted probability above this from iteration 9 on is taken as separation.
 constexpr int kIterationsBeforeGuard = 8;
 constexpr double kSeparated = 0.95;
-// Variances of an observation at or below this add nothing to Pearson's chi-square.
-constexpr double kSmallestVariance = 1E-12;
-
-// Derivatives at one point.
-struct KeptDerivatives
-{
-    std::vector<double> parameters;
-    std::vector<double> gradient;
-    std::vector<double> hessian;
-
-    explicit KeptDerivatives(const LogitFit& fit)
-        : parameters(CellsOf(fit.parameters)), gradient(CellsOf(fit.gradient)), hessian(CellsOf(fit.hessian))
-    {
-    }
-
-    static std::vector<double> CellsOf(const matrix<double>& source)
-    {
-        return {source.data, source.data + source.total};
-    }
-};
 
 // One run of the iteration.
 struct Newton
@@ -267,101 +245,6 @@ bool RunPhases(Newton& newton)
     return true;
 }
 
-double SumOf(const double* cells, int n)
-{
-    RowSum sum;
-    for (int i = 0; i < n; ++i) {
-        sum.Add(cells[i]);
-    }
-    return sum.Total();
-}
-
-// Pearson's chi-square and, for a binary response, the residual sum of squares; both 0 for several blocks.
-void MeasureResiduals(const LogitModel& model, const LogitWork& work, FitStatistics& statistics)
-{
-    statistics.pearson = 0.0;
-    statistics.residualSumOfSquares = 0.0;
-    if (model.IsMultinomial()) return;
-    RowSum pearson;
-    RowSum squares;
-    for (std::size_t i = 0; i < work.natural.size(); ++i) {
-        const double P = work.probability[0][i];
-        const double trials = model.IsBinomial() ? model.caseWeights[i] : 1.0;
-        const double residual = model.response[i] - trials * P;
-        const double variance = trials * P * (1.0 - P);
-        if (variance > kSmallestVariance)
-            pearson.Add(model.secondWeights[i] * residual * residual / variance);
-        if (!model.IsBinomial()) {
-            squares.Add(model.caseWeights[i] * model.secondWeights[i] * residual * residual);
-        }
-    }
-    statistics.pearson = pearson.Total();
-    statistics.residualSumOfSquares = squares.Total();
-}
-
-// Weighted mean of the response, or of the indicator of each block.
-std::vector<double> CategoryMeans(const LogitModel& model)
-{
-    const double total = SumOf(model.caseWeights, model.n);
-    std::vector<double> means;
-    for (std::size_t k = 0; k < static_cast<std::size_t>(model.layout.blocks); ++k) {
-        const double* cells = model.IsMultinomial() ? model.indicators[k] : model.response;
-        RowSum sum;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(model.n); ++i) {
-            sum.Add(cells[i] * (model.IsBinomial() ? 1.0 : model.caseWeights[i]));
-        }
-        means.push_back(sum.Total() / total);
-    }
-    return means;
-}
-
-// Slopes 0, the given mortality, and as intercept, whatever the link, the logit of the category mean. The mortality
-// enters that mean unless the response is multinomial. Pinned by LogitOddities.ScoreStartsFromLogits.
-void PutNullParameters(const LogitModel& model, bool estimatesIntercept, matrix<double>& parameters)
-{
-    const std::vector<double> means = CategoryMeans(model);
-    double rest = 1.0;
-    for (const double mean : means) {
-        rest -= mean;
-    }
-    for (int k = 1; k <= model.layout.blocks; ++k) {
-        const double c = model.givenMortality[k - 1];
-        const double mean = means[static_cast<std::size_t>(k - 1)];
-        const double pi = model.form == kMultinomial || model.IsMultinomial() ? mean : c + (1.0 - c) * mean;
-        const double other = model.IsMultinomial() ? rest : 1.0 - pi;
-        for (int j = 1; j <= model.layout.columns; ++j) {
-            parameters.vbset(model.layout.Slope(k, j), 0.0);
-        }
-        parameters.vbset(model.layout.Intercept(k), estimatesIntercept ? std::log(pi / other) : 0.0);
-        parameters.vbset(model.layout.Mortality(k), c);
-    }
-}
-
-// The score statistic; with the derivatives at the start of the fit, which are often those that it needs.
-double ScoreStat(const LogitModel& model,
-                 const FitOptions& options,
-                 const LogitFit& fit,
-                 const KeptDerivatives* start)
-{
-    LogitFit null(fit.layout);
-    std::copy_n(fit.fixedMask.data, fit.fixedMask.total, null.fixedMask.data);
-    PutNullParameters(model, options.estimatesIntercept, null.parameters);
-    if (start != nullptr && start->parameters == KeptDerivatives::CellsOf(null.parameters)) {
-        std::ranges::copy(start->gradient, null.gradient.data);
-        std::ranges::copy(start->hessian, null.hessian.data);
-    } else {
-        LogitWork work(model.n, model.layout.blocks);
-        LogitProbabilities(model, null.parameters, work);
-        LogitDerivatives(model, DerivativesOf(options), null, work);
-    }
-    const int length = fit.layout.Length();
-    if (!InvertOverFree(length, null.fixedMask, null.hessian, null.covariance)) return 0.0;
-    for (int i = 1; i <= length; ++i) {
-        if (!null.IsFree(i)) null.gradient.vbset(i, 0.0);
-    }
-    return 0.0 - M_ProductTrVBV(&null.gradient, length, &null.covariance);
-}
-
 }  // namespace
 
 double EvaluateLogitModel(const LogitModel& model, const FitOptions& options, LogitFit& fit, LogitWork& work)
@@ -384,39 +267,11 @@ int OptimizeLogitModel(const LogitModel& model, const FitOptions& options, Logit
     const KeptDerivatives start(fit);
     if (!RunPhases(newton)) return kFitFailed;
     TakeBackStartValues(fit);
-    fit.statistics.sumOfCaseWeights = SumOf(model.caseWeights, model.n);
     MeasureResiduals(model, work, fit.statistics);
     InvertOverFree(fit.layout.Length(), fit.fixedMask, fit.hessian, fit.covariance);
     fit.statistics.wald = LogitWaldStat(fit);
     fit.statistics.score = ScoreStat(model, options, fit, options.estimatesMortality ? nullptr : &start);
     return kFitted;
-}
-
-double LogitWaldStat(LogitFit& fit)
-{
-    const int p = fit.layout.columns;
-    const int slopes = p * fit.layout.blocks;
-    matrix<double> covariance(slopes, slopes);
-    matrix<double> theta(slopes, 1);
-    matrix<int> removed(slopes, 1);
-    const auto positionOf = [&](int slope) {
-        return fit.layout.Slope((slope - 1) / p + 1, (slope - 1) % p + 1);
-    };
-    for (int j = 1; j <= slopes; ++j) {
-        theta.vbset(j, fit.parameters.vbget(positionOf(j)));
-        removed.vbset(j, fit.fixedMask.vbget(positionOf(j)));
-        for (int i = 1; i <= slopes; ++i) {
-            covariance.vbset(i, j, fit.covariance.vbget(positionOf(i), positionOf(j)));
-        }
-    }
-    matrix<double> inverse(slopes, slopes);
-    InvertOverFree(slopes, removed, covariance, inverse);
-    return 0.0 - M_ProductTrVBV(&theta, slopes, &inverse);
-}
-
-double LogitScoreStat(const LogitModel& model, const FitOptions& options, const LogitFit& fit)
-{
-    return ScoreStat(model, options, fit, nullptr);
 }
 
 }  // namespace korvenrg::logistic
