@@ -50,7 +50,8 @@ struct SubsetSearch
 // A criterion code without a meaning counts as -2 log-likelihood.
 std::size_t CriterionOf(const LogitOptions& options)
 {
-    const bool known = options.criterion >= 0 && options.criterion < static_cast<int>(ModelStatistics{}.size());
+    const bool known =
+        options.criterion >= 0 && options.criterion < static_cast<int>(ModelStatistics{}.size());
     return known ? static_cast<std::size_t>(options.criterion) : 0;
 }
 
@@ -171,8 +172,7 @@ FittedModel FitPart(SubsetSearch& search, const LogNode& leaf, const LeafColumns
             const std::vector<int> kept = Without(columns, part);
             run.fit.intercepts = run.startIntercepts;
             SetModel(run, kept);
-            if (FitModel(run))
-                return {leaf.size() - CountShortened(run, columns, kept), run.startIntercepts};
+            if (FitModel(run)) return {leaf.size() - CountShortened(run, columns, kept), run.startIntercepts};
         }
     }
     return {};

@@ -59,10 +59,7 @@ matrix<double> MixedProducts(const ColumnList& X, const ColumnList& Z, const std
         for (std::size_t i = 0; i < F.size(); ++i) {
             weighted[i] = F[i] * Z[j][i];
         }
-        linalg::ColumnProducts(X,
-                               static_cast<int>(F.size()),
-                               weighted.data(),
-                               products.data + j * X.size());
+        linalg::ColumnProducts(X, static_cast<int>(F.size()), weighted.data(), products.data + j * X.size());
     }
     return products;
 }

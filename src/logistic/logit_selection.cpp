@@ -55,8 +55,8 @@ int CountActive(const FactorDescription& factors)
 // q = free columns, intercept and mortality; d = (q - 1) K, also where the intercept is fixed.
 ModelPenalty StepPenalty(const LogitRun& run)
 {
-    const double q = run.fit.CountFreeColumns() + run.InterceptDf() +
-                     (run.fitOptions.estimatesMortality ? 1.0 : 0.0);
+    const double q =
+        run.fit.CountFreeColumns() + run.InterceptDf() + (run.fitOptions.estimatesMortality ? 1.0 : 0.0);
     const double K = run.Blocks();
     return {.df = (q - 1.0) * K, .aic = 2.0 * K * q, .schwarz = K * q};
 }
@@ -70,9 +70,8 @@ void WriteRow(Selection& selection, int count, ModelsStep step, int factor, cons
     history.Set(selection.row, kModelsStep, step);
     history.Set(selection.row, kModelsFactor, factor);
     history.SetMask(selection.row, run.fit);
-    history.SetStatistics(
-        selection.row,
-        StatisticsOf(run.fit.statistics, run.nullLogLikelihood, StepPenalty(run)));
+    history.SetStatistics(selection.row,
+                          StatisticsOf(run.fit.statistics, run.nullLogLikelihood, StepPenalty(run)));
     history.Set(selection.row, kModelsEntryStatistic, entry == nullptr ? kMissing : entry->statistic);
     history.Set(selection.row, kModelsEntryP, entry == nullptr ? kMissing : entry->p);
 }
