@@ -13,7 +13,7 @@ namespace korvenrg::logistic {
 
 namespace {
 
-// Two parameters more than the model has, of which AIC takes one back.
+// Parameters that AIC and Schwarz's criterion charge beside those of the model; one is taken back.
 constexpr double kExtraParameters = 2.0;
 
 // The best model of one size: its criterion, its mask and what its fit started from.
@@ -189,8 +189,8 @@ FittedModel FitLeaf(SubsetSearch& search, const LogNode& leaf)
     return FitPart(search, leaf, columns);
 }
 
-// q = free parameters of the first block; the tests have q - 1 degrees of freedom, blocks not counted. Pinned by
-// LogitSelectionReference.
+// q = free parameters of the first block, and the tests have q - 1 degrees of freedom: blocks do not count, and a fixed
+// intercept takes one away. Pinned by LogitSelectionReference.HistoriesAndTypeIII.
 ModelPenalty SubsetPenalty(const LogitFit& fit)
 {
     double q = 0.0;

@@ -64,9 +64,9 @@ matrix<double> MixedProducts(const ColumnList& X, const ColumnList& Z, const std
     return products;
 }
 
-// The columns of the model with the intercept, and their information X'FX. Columns are centred by the case weights, and
-// the first factor is tested without them, intercept included. The weights of the observations are not in F. Pinned by
-// LogitSelectionOddities.EntryLeavesWeightsOut.
+// The columns of the model with the intercept, and X'FX. The weights of the observations are not in F as they would be in
+// the information, and the first factor is not adjusted for the intercept. Pinned by
+// LogitSelectionReference.HistoriesAndTypeIII.
 struct ModelInformation
 {
     ColumnList columns;
@@ -137,7 +137,8 @@ double MultinomialScore(const LogitRun& run, const ColumnList& columns)
 }
 
 // A qualitative factor is judged by its columns alone, a quantitative one by a test of all columns in the model on one
-// degree of freedom. Neither counts the blocks. Pinned by LogitSelectionReference.
+// degree of freedom. Neither counts the blocks. Pinned by
+// LogitSelectionReference.HistoriesAndTypeIII.
 FactorTest MultinomialEntry(const LogitRun& run, const ColumnList& inModel, int factor)
 {
     const std::vector<int> columns = ColumnsToEnter(run.factors, run.fit.layout.columns, factor);

@@ -52,7 +52,8 @@ int CountActive(const FactorDescription& factors)
     return count;
 }
 
-// q = free columns, intercept and mortality; d = (q - 1) K, also where the intercept is fixed.
+// q = free columns, intercept and mortality; d = (q - 1) K, also where the intercept is fixed and no 1 is in q. Pinned by
+// LogitSelectionInvariants.RowsAreRunsOfTheirColumns.
 ModelPenalty StepPenalty(const LogitRun& run)
 {
     const double q =
