@@ -204,8 +204,9 @@ TEST(LogitSelectionInvariants, RowsAreRunsOfTheirColumns)
             EXPECT_EQ(r.models(row, kModelsMask + p), q.info[kFixedIntercept]);
             EXPECT_EQ(r.models(row, kModelsMask + p + 1), 1 - q.info[kWithMortality]);
             // A fixed intercept takes a degree of freedom from the tests of a row, so one column has none.
-            if (q.info[kFixedIntercept] == 1 && free == 1.0)
+            if (q.info[kFixedIntercept] == 1 && free == 1.0) {
                 EXPECT_EQ(r.models(row, p + kModelsScoreP), kMissing);
+            }
             // With an estimated intercept the tests have the degrees of freedom of the run.
             for (int test = kLikelihoodRatioTest; test <= kWaldTest && q.info[kFixedIntercept] == 0; ++test)
                 ExpectClose(r.models(row, p + kModelsLikelihoodRatioP + test - 1),
@@ -313,6 +314,28 @@ TEST(LogitSelectionOddities, SubsetsWithoutSomeColumns)
         EXPECT_EQ(r.models(3, q.p + c), korvenrg::kLargest);
     EXPECT_EQ(r.states, (Integers{0, 0, 1, 0, 0}));
     EXPECT_EQ(r.nbActive, 3);
+}
+
+// Both factors enter, the first leaves and comes back, the second leaves: the selection is where it was after its first
+// step and ends. The fifth step has no row.
+TEST(LogitSelectionTrouble, ComesBackToAModel)
+{
+    LogitProblem q = Binary({0, 1, 0, 1}, {{0, 1, 0, 0}, {1, 0, 0, 0}, {0, 1, 0, 0}});
+    q.link = kProbitLink;
+    q.type = {4, 5};
+    q.active = {1, 1};
+    q.parents = {1, 1, 2};
+    q.states = {40000, 0, 0};
+    q.info[kFixedIntercept] = q.info[kFirth] = 1;
+    q.convergence = 1E-8;
+    q.maxIterations = 2;
+    SetSelection(q, {kStepForward, kWald, 0.999, 0.5, 1, 1});
+    const LogitResults r = RunLogit(q);
+    EXPECT_EQ(r.code, 0);
+    EXPECT_EQ(r.models.Column(kModelsFactors), (Vector{1, 2, 1, 2}));
+    EXPECT_EQ(r.models.Column(kModelsStep), (Vector{1, 1, 0, 1}));
+    EXPECT_EQ(r.models.Column(kModelsFactor), (Vector{1, 2, 1, 1}));
+    EXPECT_EQ(r.states, (Integers{40000, 0, 1}));
 }
 
 TEST(LogitSelectionOddities, EdgesOfTheRules)
