@@ -967,6 +967,15 @@ KORVENRG_API void Cpp_identifyRemoved2(
  * Wc, sum of Wc * Wr, degrees of freedom, -2 log-likelihood, McFadden's, Cox and Snell's and Nagelkerke's R squared,
  * AIC, Schwarz's criterion, number of iterations (column 2 alone).
  *
+ * Selections take whole factors in and out. oModels has a row for each step: 1 factors in the model, 2 1 for an entry, 0
+ * for a removal or the start of a backward selection, 3 the factor (-1 at the start; 0 when the selection ends because
+ * the factor would go back where it came from), 4 to p+5 marks of the slopes, the intercept and the mortality that are
+ * not estimated, p+6 -2 log-likelihood, p+7 to p+9 p-values of the likelihood-ratio, score and Wald test of the model,
+ * p+10 AIC, p+11 Schwarz's criterion, p+12 and p+13 statistic and p-value of the entry test (missing otherwise), p+14 and
+ * p+15 those of the candidate for the next removal. Of best subsets a row for each size: 1 the size, 2 models fitted, 3
+ * number of the best one (subsets are counted from the smallest size, within it in the order of their factors), 4 to p+11
+ * as before; p+6 to p+11 are the largest number where no model was fitted. Rows that no step reached stay.
+ *
  * Prediction columns with K = 1, corrected for the mortality: 1 observed, 2 expected, 3 independent (counts for
  * binomial responses), 4 and 5 observed and expected probability, 6 and 7 Pearson residual against the fitted and the
  * independent model (missing without variance), 8 and 9 bounds of the expected value. With several: 1 observed and 2
@@ -1013,15 +1022,18 @@ KORVENRG_API int Cpp_RunMLOG(
     double iTolerance, /**< [in] tolerance of the screen */
     int iConstraintType, /**< [in] coding of qualitative factors; above 1 the last level of each is reported */
     int iConstrYType, /**< [in] code of the reference category, from 0; read with K above 1 alone */
-    int iSelectionType, /**< [in] -1 none: all columns that pass the screen; other values fit nothing */
-    int iCriterionType, /**< [in] ignored without a selection */
-    double PrIn, /**< [in] ignored without a selection */
-    double PrOut, /**< [in] ignored without a selection */
-    int iMinNbVar, /**< [in] ignored without a selection */
-    int iMaxNbVar, /**< [in] ignored without a selection */
+    int iSelectionType, /**< [in] -1 none: all columns that pass the screen; 0 best subsets of factors; 1 stepwise forward, 2
+    stepwise backward, 3 forward, 4 backward; other values fit nothing */
+    int iCriterionType, /**< [in] tests for removal: 0 likelihood ratio, others Wald. Best subsets: 0 -2 log-likelihood, p-value
+    of the 1 likelihood-ratio, 2 score, 3 Wald test, 4 AIC, 5 Schwarz's criterion; others as 0 */
+    double PrIn, /**< [in] a factor enters while the p-value of its score test is below; not of best subsets */
+    double PrOut, /**< [in] a factor leaves while the p-value of its test is above; not of best subsets */
+    int iMinNbVar, /**< [in] best subsets: smallest number of factors; below 0 counts as 0 */
+    int iMaxNbVar, /**< [in] best subsets: largest number; both are cut to the factors in the model */
     double iCutPoint, /**< [in] probability from which an observation is classified as 1; K = 1 */
     double* ioMortality, /**< [inout; K] natural mortality of each block: start or given value, then the estimate */
-    double* oModels, /**< [out; iSelectionType 0: (iMaxNbVar-iMinNbVar+1) x (p+11), >=1: 2*NbActiveFactors x (p+15), <0: 1 x (p+15)] not written without a selection */
+    double* oModels, /**< [out; iSelectionType 0: (iMaxNbVar-iMinNbVar+1) x (p+11), >=1: 2*NbActiveFactors x (p+15), <0: 1 x (p+15)]
+    history of the selection, see above; not written without one */
     int* ioFactSubRemoved, /**< [inout; p] above 0: the column is left out and keeps its state; on return 0: in the model, 1: refused by the screen or of a factor outside the model */
     double* oStdevCoefficients, /**< [out; (p+1)K x 11] for each block the intercept and the p columns, on the scale of
     the data; without profile intervals columns 10 and 11 of rows in the model stay */
@@ -1031,7 +1043,9 @@ KORVENRG_API int Cpp_RunMLOG(
     block */
     double* oFitCoeffs, /**< [out; 10 x 2] goodness of fit */
     double* oTestStats, /**< [out; 3 x 3] global tests */
-    double* oANOVATable, /**< [out; (NbActiveFactors+1) x 5] not written */
+    double* oANOVATable, /**< [out; (NbActiveFactors+1) x 5] type III table: a row for each factor in the model with degrees of
+    freedom, Wald chi-square, Pr > chi-square, likelihood-ratio chi-square, Pr > chi-square; of other rows columns 2 to 5 are
+    missing */
     double* oPredResid, /**< [out; n x 9K] prediction table */
     double* oHetero, /**< [out; 1] Pearson's chi-square over its degrees of freedom; 1 unless its p-value is at most
     0.1 */

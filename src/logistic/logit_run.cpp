@@ -77,7 +77,7 @@ std::vector<double> ReferenceMarks(const std::vector<double>& response, int cate
 // Fits as iSelectionType asks for.
 int FitModel(LogitRun& run)
 {
-    if (run.options.selection != kNoSelection) return kFinished;
+    if (run.options.selection != kNoSelection) return SelectLogitVariables(run);
     return OptimizeLogitModel(run.model, run.fitOptions, run.fit, run.work) == kFitted ? kFinished
                                                                                        : kFirstFitFailed;
 }
@@ -282,6 +282,7 @@ int RunMLOG(int n,
     WriteTestStatistics(run);
     WriteFitStatistics(run);
     ComputeHeterogeneity(run);
+    WriteTypeIIITable(run);
     WriteCoefficientTables(run);
     WritePredictions(run, SampleOf(run), run.work, *oPredResid);
     WriteClassification(run, SampleOf(run), run.work, *oClassTable);

@@ -131,6 +131,41 @@ enum ModelsWidth
     kStepModelCols = 15
 };
 
+/** First columns of oModels. */
+enum ModelsCol
+{
+    kModelsFactors = 1,  ///< factors in the model; of best subsets the size
+    kModelsStep,         ///< ModelsStep; of best subsets the number of models fitted
+    kModelsFactor,       ///< the factor concerned; of best subsets the number of the best subset
+    kModelsMask          ///< mask of the first block: p slopes, intercept, mortality
+};
+
+/** kModelsStep of a row. */
+enum ModelsStep
+{
+    kStepRemoval = 0,  ///< or the start of a backward selection
+    kStepEntry = 1
+};
+
+/** Columns of oModels behind column p. */
+enum ModelsOffset
+{
+    kModelsMinus2LogLikelihood = 6,
+    kModelsLikelihoodRatioP,
+    kModelsScoreP,
+    kModelsWaldP,
+    kModelsAic,
+    kModelsSchwarz,
+    kModelsEntryStatistic,  ///< here and below not of best subsets
+    kModelsEntryP,
+    kModelsRemovalStatistic,
+    kModelsRemovalP
+};
+
+/** kModelsFactor of rows without a factor. */
+inline constexpr int kModelsStart = -1;
+inline constexpr int kModelsCircle = 0;  ///< the factor would have gone back where it came from
+
 /** oANOVATable, (NbActiveFactors + 1) x 5, one row for each active factor. */
 enum TypeIIICol
 {

@@ -39,6 +39,8 @@ struct LogitProblem
     std::array<int, 11> info{};
     double alpha = 0.05, convergence = 1E-13, tolerance = 1E-9, cut = 0.5;
     int maxIterations = 100, constraint = 0, reference = 0, selection = -1;
+    int criterion = 0, minSize = 1, maxSize = 1;
+    double pIn = 0.05, pOut = 0.1;
     Sample valid{}, fresh{};
 
     int Blocks() const
@@ -49,7 +51,7 @@ struct LogitProblem
 
 struct LogitResults
 {
-    int n, p, K, nf, nv, np, code = 0;
+    int n, p, K, nf, nv, np, modelRows, modelCols, code = 0;
     Integers states{}, active{};
     Vector wr{}, mortality{};
     int nbActive = 0;
@@ -57,7 +59,7 @@ struct LogitResults
         newPredictions{std::max(np, 1), 4 * K}, coefficients{(p + 1) * K, 11}, standardised{p * K, 8},
         covariance{p + 2, p + 2}, fit{10, 2}, tests{3, 3}, typeIII{nf + 1, 5}, marginal{K, 1},
         classification{K + 2, K + 3}, validClassification{K + 2, K + 3}, roc{n + 1, 2}, doses{13, 6},
-        curve{99, 5}, models{1, p + 15}, hetero{1, 1}, area{1, 1};
+        curve{99, 5}, models{modelRows, modelCols}, hetero{1, 1}, area{1, 1};
     GuardedArray<VARIANT_BOOL> separate{1};
 
     std::vector<const Table*> Tables() const
@@ -90,7 +92,9 @@ inline LogitResults RunLogit(LogitProblem q)
     const int K = q.Blocks(), nf = static_cast<int>(q.type.size());
     const auto rows = [](const Sample& s) { return static_cast<int>(s.x.size()); };
     const int nv = q.p > 0 ? rows(q.valid) / q.p : 0, np = q.p > 0 ? rows(q.fresh) / q.p : 0;
-    LogitResults r{q.n, q.p, K, nf, nv, np};
+    const bool subsets = q.selection == 0;
+    const int modelRows = subsets ? q.maxSize - q.minSize + 1 : q.selection > 0 ? 2 * nf : 1;
+    LogitResults r{q.n, q.p, K, nf, nv, np, modelRows, q.p + (subsets ? 11 : 15)};
     GuardedArray<double> wr(q.wr), mortality(q.mortality);
     GuardedArray<int> states(q.states), active(q.active);
     r.nbActive = nf;
@@ -99,8 +103,8 @@ inline LogitResults RunLogit(LogitProblem q)
         q.alpha, nv, q.valid.y.data(), q.valid.x.data(), q.valid.wc.data(), r.validPredictions.cells.data(),
         r.validClassification.cells.data(), np, q.fresh.x.data(), r.newPredictions.cells.data(), nf, &r.nbActive,
         q.type.data(), active.data(), nullptr, q.parents.data(), nullptr, q.design.data(), q.info.data(), q.form,
-        q.link, q.convergence, q.maxIterations, q.tolerance, q.constraint, q.reference, q.selection, 0, 0.05, 0.1,
-        1, 1, q.cut, mortality.data(), r.models.cells.data(), states.data(), r.coefficients.cells.data(),
+        q.link, q.convergence, q.maxIterations, q.tolerance, q.constraint, q.reference, q.selection,
+        q.criterion, q.pIn, q.pOut, q.minSize, q.maxSize, q.cut, mortality.data(), r.models.cells.data(), states.data(), r.coefficients.cells.data(),
         r.standardised.cells.data(), r.covariance.cells.data(), r.fit.cells.data(), r.tests.cells.data(),
         r.typeIII.cells.data(), r.predictions.cells.data(), r.hetero.cells.data(), r.marginal.cells.data(),
         r.classification.cells.data(), r.roc.cells.data(), r.area.cells.data(), r.doses.cells.data(),
@@ -111,7 +115,7 @@ inline LogitResults RunLogit(LogitProblem q)
     EXPECT_TRUE(wr.IntactGuards() && mortality.IntactGuards() && states.IntactGuards() &&
                 active.IntactGuards());
     EXPECT_TRUE(r.separate.IntactGuards());
-    EXPECT_EQ(r.models.cells.CountChanged(), 0u);
+    EXPECT_TRUE(q.selection >= 0 || r.models.cells.CountChanged() == 0u);
     EXPECT_TRUE(given.info[kDoses] == 1 || r.doses.cells.CountChanged() + r.curve.cells.CountChanged() == 0u);
     EXPECT_TRUE(nv > 0 ||
                 r.validPredictions.cells.CountChanged() + r.validClassification.cells.CountChanged() == 0u);
