@@ -506,8 +506,8 @@ KORVENRG_API void VB_ROCCurve(
     double* iClassCode,         /**< [in; n] class, 0 or 1; for grouped data the events among the trials of W */
     double* W,                  /**< [in; n] weights or trials */
     int n,                      /**< [in] number of observations; below 1 the curve is its first row and the area 0 */
-    int p,                      /**< [in; unused] ignored */
-    double iCutPoint,           /**< [in; unused] ignored */
+    int p,                      /**< [in] ignored */
+    double iCutPoint,           /**< [in] ignored */
     int iNbClass,               /**< [in] columns of iProb; below 2 all scores count as equal */
     double Total1,              /**< [in] weight of class 0; 0 gives cells that are not finite */
     double Total2,              /**< [in] weight of class 1; 0 gives cells that are not finite */
