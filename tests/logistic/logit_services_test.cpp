@@ -423,6 +423,27 @@ TEST(MarginalEffects, CleanedColumns)
     EXPECT_EQ(few, (Vector{full[0], full[1], full[3], full[4], full[5]}));
 }
 
+// A later column that shares the level but is not in the model keeps its mean, and with it what its slope adds.
+TEST(MarginalEffects, RemovedColumnsAreNotCleared)
+{
+    Effects q{.p = 5, .coefficients = {0.2, 0.3, -0.6, 0, 0.7, 0}, .means = {1.5, 0.4, 0.6, 0.5, 1}};
+    q.covariance.assign(36, 0.0);
+    q.active = {1, 1, 1};
+    q.type = {1, 2, 5};
+    q.nbVars = {1, 1, 2};
+    q.listVars = {1, 2, 1, 0, 0, 2};
+    q.nbSub = {1, 2, 2};
+    q.cleaned.assign(5, 0);
+    const double eta = 0.2 + 0.3 * 1.5, product = 0.7 * 0.5;
+    const auto F = [](double x) { return 1.0 / (1.0 + std::exp(-x)); };
+    for (int removed : {0, 1}) {
+        q.removed = {0, 0, 0, removed, 0};
+        ExpectClose(q.Run()(2, kMarginalEffect),
+                    F(eta - 0.6 + product) - F(removed == 1 ? eta + product : eta),
+                    kRoundoff * 10);
+    }
+}
+
 TEST(MarginalEffects, NoHarmFromBadNumbers)
 {
     Effects q = Few();
