@@ -56,20 +56,23 @@ std::size_t RowCount(const std::optional<NewRows>& rows)
     return rows ? rows->rows.size() : 0;
 }
 
-/** Columns of the model in floating point, where no product of category counts overflows. */
+/** Columns of a factor in floating point, where no product of category counts overflows. */
+double CountCells(const ModelData& data, const Factor& factor)
+{
+    double product = 1.0;
+    for (int variable : factor.variables) {
+        const std::size_t index = static_cast<std::size_t>(variable) - 1;
+        if (index < data.quantitative.size()) continue;
+        product *= static_cast<double>(data.qualitative[index - data.quantitative.size()].categories.size());
+    }
+    return product;
+}
+
 double CountColumns(const ModelData& data)
 {
     double columns = 0.0;
     for (const Factor& factor : data.factors) {
-        if (!factor.active) continue;
-        double product = 1.0;
-        for (int variable : factor.variables) {
-            const std::size_t index = static_cast<std::size_t>(variable) - 1;
-            if (index < data.quantitative.size()) continue;
-            product *=
-                static_cast<double>(data.qualitative[index - data.quantitative.size()].categories.size());
-        }
-        columns += product;
+        if (factor.active) columns += CountCells(data, factor);
     }
     return columns;
 }
@@ -105,6 +108,7 @@ void DescribeFactors(const ModelData& data, Design& design)
         design.factorType.push_back(static_cast<int>(factor.type));
         design.factorActive.push_back(factor.active ? 1 : 0);
         design.factorNbVars.push_back(static_cast<int>(factor.variables.size()));
+        design.factorNbCells.push_back(static_cast<int>(CountCells(data, factor)));
         for (std::size_t j = 0; j < factor.variables.size(); ++j) {
             design.factorVariables[j * factors + f] = factor.variables[j];
         }

@@ -33,6 +33,7 @@ struct Design
     std::vector<int> factorVariables;  ///< factors x interlevel, 0 after the last
     std::vector<int> factorNbVars;     ///< factors
     std::vector<int> factorNbColumns;  ///< factors
+    std::vector<int> factorNbCells;    ///< factors, columns that each would have, in the model or not
 
     std::vector<double> table;         ///< n x p
     std::vector<double> validation;    ///< validation rows x p, coded like the table

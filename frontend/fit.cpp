@@ -137,6 +137,8 @@ Fit::Fit(std::size_t n, std::size_t p, std::size_t factors)
       parameters(p + 1, 6),
       standardised(p, 6),
       covariance(p + 1, p + 1, 0.0),
+      reported(p + 1, 1),
+      rawCovariance(p + 1, p + 1, 0.0),
       predictions(n, 1),
       intervals(n, 6),
       residuals(n, 3),
@@ -178,7 +180,6 @@ Fit RunFit(const ModelData& data, const Design& design, std::vector<double> info
     const auto active = std::count(design.factorActive.begin(), design.factorActive.end(), 1);
 
     NumberTable typeFour(factors, 5);
-    NumberTable coefficients(p + 1, 1);
 
     const int outcome = RunOLS1(design.rows,
                                 design.columns,
@@ -209,7 +210,7 @@ Fit RunFit(const ModelData& data, const Design& design, std::vector<double> info
                                 fit.typeThree.data(),
                                 typeFour.data(),
                                 fit.rawCoefficients.data(),
-                                coefficients.data(),
+                                fit.reported.data(),
                                 fit.parameters.data(),
                                 fit.standardised.data(),
                                 fit.covariance.data(),
@@ -268,8 +269,18 @@ Design SubsetOf(const Design& design, const Fit& search)
     return subset;
 }
 
+/** A fit, and where category means are wanted the covariance of the fitted columns, which takes a run of its own. */
+Fit RunFitForMeans(const ModelData& data, const Design& design, std::vector<double> info, bool forMeans)
+{
+    Fit fit = RunFit(data, design, info);
+    if (!forMeans) return fit;
+    info[kReportedCovariance - 1] = 0.0;
+    fit.rawCovariance = RunFit(data, design, std::move(info)).covariance;
+    return fit;
+}
+
 /** Searches on the fitted columns, then fits what was found under the constraint. */
-Fit FitBestSubset(const ModelData& data, const Design& design, std::vector<double> info)
+Fit FitBestSubset(const ModelData& data, const Design& design, std::vector<double> info, bool forMeans)
 {
     const Fit search = RunFit(data, FittedColumns(design), info);
     if (search.bestModel == 0) {
@@ -278,7 +289,7 @@ Fit FitBestSubset(const ModelData& data, const Design& design, std::vector<doubl
     }
     const Design subset = SubsetOf(design, search);
     info[kMethod - 1] = static_cast<double>(Selection::kNone);
-    Fit fit = RunFit(data, subset, std::move(info));
+    Fit fit = RunFitForMeans(data, subset, std::move(info), forMeans);
     fit.models = search.models;
     fit.bestModel = search.bestModel;
     fit.statistics.cells[kCpStatistic] = search.statistics.cells[kCpStatistic];  // against all terms
@@ -300,8 +311,9 @@ Fit FitModel(const ModelData& data, const Design& design, const Options& options
     std::vector<double> info = OptionVector(options);
     info[kTypeOne - 1] = types.contains(SumsType::kSequential) ? 1.0 : 0.0;
     info[kTypeTwo - 1] = types.contains(SumsType::kHierarchical) ? 1.0 : 0.0;
-    Fit fit = options.selection == Selection::kBest ? FitBestSubset(data, design, std::move(info))
-                                                    : RunFit(data, design, std::move(info));
+    const bool forMeans = !options.means.empty();
+    Fit fit = options.selection == Selection::kBest ? FitBestSubset(data, design, std::move(info), forMeans)
+                                                    : RunFitForMeans(data, design, std::move(info), forMeans);
     if (types.contains(SumsType::kEstimable)) fit.typeThree = TypeThreeTable(data, fit, options);
     return fit;
 }

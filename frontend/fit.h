@@ -57,8 +57,11 @@ struct Fit
     NumberTable anova;       ///< 3 x 5: model, error, total; DF, sum of squares, mean square, F, Pr > F
     NumberTable
         parameters;  ///< (p + 1) x 6, intercept first: value, standard error, t, Pr > |t|, lower, upper
-    NumberTable standardised;   ///< p x 6, the same columns
-    NumberTable covariance;     ///< (p + 1) x (p + 1) of the reported parameters, intercept last
+    NumberTable standardised;  ///< p x 6, the same columns
+    NumberTable covariance;    ///< (p + 1) x (p + 1) of the reported parameters, intercept last
+    NumberTable reported;      ///< p + 1 reported parameters, intercept last
+    NumberTable
+        rawCovariance;  ///< (p + 1) x (p + 1) of the fitted columns' coefficients; only for category means
     NumberTable predictions;    ///< n x 1
     NumberTable intervals;      ///< n x 6: mean's standard error, lower, upper; observation's
     NumberTable residuals;      ///< n x 3: raw, standardised, studentised

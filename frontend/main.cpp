@@ -94,6 +94,77 @@ void AddSelectionOptions(CLI::App& command, Options& options)
         ->check(CLI::Validator(CheckProbability, "", ""));
 }
 
+void AddMeansOptions(CLI::App& command, Options& options)
+{
+    static const std::map<std::string, Procedure> kProcedures{{"tukey", Procedure::kTukey},
+                                                              {"lsd", Procedure::kLsd},
+                                                              {"bonferroni", Procedure::kBonferroni},
+                                                              {"sidak", Procedure::kSidak},
+                                                              {"snk", Procedure::kNewmanKeuls},
+                                                              {"duncan", Procedure::kDuncan},
+                                                              {"regwq", Procedure::kRegwq},
+                                                              {"games-howell", Procedure::kGamesHowell},
+                                                              {"tamhane", Procedure::kTamhane},
+                                                              {"dunnett-c", Procedure::kDunnettC},
+                                                              {"bh", Procedure::kFalseDiscoveryRate}};
+    static const std::map<std::string, Tail> kTails{{"two", Tail::kTwo},
+                                                    {"lower", Tail::kLower},
+                                                    {"upper", Tail::kUpper}};
+    command
+        .add_option("--means", options.means, "a term of categories whose means are wanted; may be repeated")
+        ->allow_extra_args(false);
+    command
+        .add_option(
+            "--lsmeans",
+            options.lsMeans,
+            "a term whose least-squares means are wanted: the other terms balanced, covariates at their "
+            "means; may be repeated")
+        ->allow_extra_args(false);
+    command
+        .add_option_function<std::string>(
+            "--compare",
+            [&options](const std::string& name) { options.procedure = kProcedures.at(name); },
+            "compares all pairs of the means and groups them by letters")
+        ->check(CLI::IsMember({"tukey",
+                               "lsd",
+                               "bonferroni",
+                               "sidak",
+                               "snk",
+                               "duncan",
+                               "regwq",
+                               "games-howell",
+                               "tamhane",
+                               "dunnett-c",
+                               "bh"}));
+    command.add_option(
+        "--control",
+        options.control,
+        "the category with which Dunnett's test compares the others; a cell of an interaction as a*b");
+    command
+        .add_option_function<std::string>(
+            "--tail",
+            [&options](const std::string& name) { options.tail = kTails.at(name); },
+            "of Dunnett's test: lower asks whether the control is below the others, upper whether it is "
+            "above [two]")
+        ->check(CLI::IsMember({"two", "lower", "upper"}));
+}
+
+void CheckMeansOptions(const CLI::App& command, const Options& options)
+{
+    const bool wantsMeans = !options.means.empty() || !options.lsMeans.empty();
+    for (const char* option : {"--compare", "--control"}) {
+        if (command.get_option(option)->count() > 0 && !wantsMeans)
+            throw CLI::ValidationError(option, "belongs to --means or --lsmeans");
+    }
+    if (command.get_option("--tail")->count() > 0 && !options.control)
+        throw CLI::ValidationError("--tail", "belongs to --control");
+    if (!options.procedure || !UsesGroupVariances(*options.procedure)) return;
+    if (!options.lsMeans.empty())
+        throw CLI::ValidationError("--compare", "games-howell, tamhane and dunnett-c compare --means alone");
+    if (!options.weights.empty())
+        throw CLI::ValidationError("--compare", "games-howell, tamhane and dunnett-c know no --weights");
+}
+
 /** Refuses options that do not go together. */
 void CheckCombinations(const CLI::App& command, const Options& options)
 {
@@ -176,11 +247,14 @@ void AddModelOptions(CLI::App& command, Options& options)
                        options.predictionPath,
                        "CSV file with the columns of the terms; its rows are predicted");
     command.add_flag("--cases", options.showCases, "prints predictions, residuals and influence of each row");
-    command.add_option("--out",
-                       options.outFolder,
-                       "folder for the tables: fit.csv, anova.csv, parameters.csv, standardised.csv, "
-                       "covariance.csv, cases.csv, and when "
-                       "asked for models.csv, type1.csv to type3.csv, validation.csv, predictions.csv");
+    command.add_option(
+        "--out",
+        options.outFolder,
+        "folder for the tables: fit.csv, anova.csv, parameters.csv, standardised.csv, "
+        "covariance.csv, cases.csv, and when "
+        "asked for models.csv, type1.csv to type3.csv, validation.csv, predictions.csv; of the "
+        "means (of the second term means2.csv, ...) means.csv, means_contrasts.csv, "
+        "means_control.csv, lsmeans.csv, ...");
 }
 
 void RunCommand(Options options)
@@ -218,12 +292,14 @@ int Main(int argc, char** argv)
         app.add_subcommand("anova", "analysis of variance; all columns are categories but --covariate");
     AddModelOptions(*regress, options);
     AddModelOptions(*anova, options);
+    AddMeansOptions(*anova, options);
     anova->add_option("--covariate", options.covariates, "a numeric column taken as it is; may be repeated")
         ->allow_extra_args(false);
 
     try {
         app.parse(argc, argv);
         CheckCombinations(anova->parsed() ? *anova : *regress, options);
+        if (anova->parsed()) CheckMeansOptions(*anova, options);
     } catch (const CLI::Success& request) {
         return app.exit(request);
     } catch (const CLI::ParseError& error) {

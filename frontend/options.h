@@ -53,6 +53,37 @@ enum class SumsType : int
     kEstimable = 3
 };
 
+/** Ways to compare all pairs of means: the doors' codes, and one of this command. */
+enum class Procedure : int
+{
+    kTukey = 1,
+    kLsd = 2,
+    kBonferroni = 3,
+    kSidak = 4,
+    kNewmanKeuls = 5,
+    kDuncan = 6,
+    kRegwq = 7,
+    kGamesHowell = 9,
+    kTamhane = 10,
+    kDunnettC = 11,
+    kFalseDiscoveryRate = 100
+};
+
+/** The doors' codes of the alternatives of a comparison with a control. */
+enum class Tail : int
+{
+    kTwo = 0,
+    kLower = -1,  ///< the control is below the others
+    kUpper = 1
+};
+
+/** Whether a procedure uses each group's own variance instead of the error of the model. */
+inline bool UsesGroupVariances(Procedure procedure)
+{
+    return procedure == Procedure::kGamesHowell || procedure == Procedure::kTamhane ||
+           procedure == Procedure::kDunnettC;
+}
+
 /** Small enough to keep strongly collinear columns (Longley's go down to 0.0006), large enough to refuse
  * columns that are linear combinations of others but for rounding. */
 inline constexpr double kDefaultTolerance = 1e-12;
@@ -77,6 +108,11 @@ struct Options
     double enter = 0.05;
     double remove = 0.1;
     std::optional<std::set<SumsType>> types;  ///< none: what the analysis gives by default
+    std::vector<std::string> means;           ///< terms whose category means are wanted
+    std::vector<std::string> lsMeans;         ///< terms whose LS means are wanted
+    std::optional<Procedure> procedure;
+    std::optional<std::string> control;  ///< the category that the others are compared with
+    Tail tail = Tail::kTwo;
     bool showCases = false;
     std::string validatedRows;   ///< as 1-5,9; empty: none
     std::string predictionPath;  ///< empty: no rows to predict

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "means_tables.h"
 #include "term_tables.h"
 
 namespace korvenrg::frontend {
@@ -212,6 +213,8 @@ std::vector<ResultTable> MakeResultTables(const ModelData& data,
     tables.push_back(ParameterTable(design, fit, options));
     tables.push_back(StandardisedTable(design, fit, options));
     tables.push_back(CovarianceTable(design, fit));
+    for (ResultTable& table : MeansTables(data, design, fit, options))
+        tables.push_back(std::move(table));
     tables.push_back(CaseTable(data, fit, options));
     return tables;
 }

@@ -490,6 +490,455 @@ KORVENRG_API void Cpp_ModifyStdDev(
                                   groups hold */
 );
 
+/* ---- comparisons and means ---- */
+
+/**
+ * Multiple comparisons of categories: tests each pairwise difference of a contrast table by one procedure.
+ *
+ * Columns of ioContrastsStats:
+ *    1 difference d of two categories     2 its variance; 0 or less: the row cannot be tested
+ *    3, 4 ranks of the two categories among the sorted means
+ *    5 t = d / root of its variance       6 critical value on the scale of t        7 p-value
+ *    8 level at which codes 5 to 7 judged the row                                   9, 10 identifiers, from 1
+ *
+ * TestType:
+ *    1 Tukey       2 Fisher LSD    3 Bonferroni    4 Dunn-Sidak    5 Newman-Keuls    6 Duncan    7 REGWQ
+ *    9 Games-Howell               10 Tamhane T2   11 Dunnett C     others: nothing is computed
+ *
+ * Columns 5, 6 and 7 are written; column 7 is missing for code 11, and the p-values of codes 3 and 4 are those of the
+ * single comparison. A row is significant when |t| is above column 6. Codes 1 to 8 take the variance from column 2, or
+ * iHarmoSpp for every row with iUseHarmonic; codes 9 to 11 that of the two groups' own variances, and Welch's degrees
+ * of freedom (9, 10). A row with a group of one observation keeps those of the row before. Codes below 1, 8 and above
+ * 11 write column 5 and compare it with what column 6 holds.
+ *
+ * Codes 1, 9 and 11 take the studentized range by a fixed quadrature that serves from about 5 to 25000 degrees of
+ * freedom, and p-values down to about 1E-14; docs/accuracy.md has its errors. The other codes are exact to rounding.
+ *
+ * Codes 5 to 7 go by the number of means that a row spans, m = |column 3 - column 4| + 1, and write columns 6, 7 and 8.
+ * The rows are taken as they are given; hand them over with the ranges falling along each first rank: (1, k), (1, k-1),
+ * ..., (1, 2), (2, k), ... A row is tested unless it spans fewer means than the last non-significant row. It is
+ * significant when column 7 is below column 8. A row that is not tested has missing markers in columns 6 to 8, is not
+ * significant, and counts as the last such row. The critical values of code 7 never rise from one row to the next:
+ * a row takes level and critical value of a later one that are larger.
+ *
+ * Sources: Hochberg and Tamhane 1987, Multiple Comparison Procedures; Welsch 1977, Stepwise multiple comparison
+ * procedures (7); Games and Howell 1976, Pairwise multiple comparison procedures with unequal n's and/or variances (9);
+ * Tamhane 1979, A comparison of procedures for multiple comparisons of means with unequal variances (10); Dunnett 1980,
+ * Pairwise multiple comparisons in the unequal variance case (11).
+ */
+KORVENRG_API void MCATest(
+    int NbClasses,             /**< [in] number of categories, k */
+    double* ni,                /**< [in; NbClasses] group sizes, by identifier; codes 9 to 11 */
+    double* si2,               /**< [in; NbClasses] group variances, by identifier; codes 9 to 11 */
+    double iHarmoSpp,          /**< [in] common variance of a difference, with iUseHarmonic: 2 MSE / harmonic mean of
+                                    the group sizes */
+    VARIANT_BOOL iUseHarmonic, /**< [in] -1: iHarmoSpp is the variance of every difference */
+    double* ioContrastsStats,  /**< [inout; NbContrasts x 10] the contrast table. A row that cannot be tested has
+                                    missing markers in columns 5 to 7, those of codes 5 to 7 in column 8 too */
+    int NbContrasts,           /**< [in] number of rows */
+    int TestType,              /**< [in] code of the procedure */
+    double DFErrors,           /**< [in] degrees of freedom of the error; codes 1 to 7 */
+    double alpha,              /**< [in] significance level, in 0..1 */
+    double* newalpha,          /**< [out; 1] adjusted level: codes 3 and 4, and that of the last tested row for code
+                                    6; otherwise it stays */
+    int* oSignif               /**< [out; NbContrasts] 1 significant, 0 not, -1 not testable */
+);
+
+/**
+ * Comparisons of all categories with a control by Dunnett's test. The rows of the contrast table with the control are
+ * taken in their order.
+ *
+ * A row whose variance is at most 2.220446049250313E-16 has missing markers in columns 1 to 5 of oMat. Its verdict is
+ * -1; when the variance is above 0 it is 1 in a two-sided test and 0 in others.
+ *
+ * Source: Dunnett 1955, A multiple comparison procedure for comparing several treatments with a control; Dunnett 1964,
+ * New tables for multiple comparisons with a control.
+ */
+KORVENRG_API void MCBTest(
+    int NbClasses,            /**< [in] number of categories, k */
+    int ControlID,            /**< [in] identifier of the control */
+    int nnm1,                 /**< [in] rows of the result, k - 1; contrasts beyond them are left out */
+    double* sqrni,            /**< [in; nnm1] correlation factors, one per category other than the control:
+                                   1 / sqrt(n_control / n_i + 1) */
+    double* ioContrastsStats, /**< [inout; NbContrasts x 10] contrast table as in MCATest; columns 1, 2, 5, 9 and 10 are
+                                   read, nothing is written */
+    int NbContrasts,          /**< [in] rows of the contrast table */
+    double DFErrors,          /**< [in] degrees of freedom of the error */
+    double alpha,             /**< [in] significance level, in 0..1 */
+    double* oMat,             /**< [out; nnm1 x 7] columns: 1 difference control minus other, 2 its t, 3 critical value, 4
+                                   critical difference, 5 p-value, 6 identifier of the control, 7 of the other */
+    int* oSignif,             /**< [out; nnm1] 1 significant, 0 not, -1 not testable */
+    int Tail                  /**< [in] 0 two-sided; -1 lower tail: the control is smaller; otherwise upper tail. The
+                                   critical value has the sign of Tail, so 1 is the code for the upper tail: a code
+                                   below -1 compares with a negative one */
+);
+
+/**
+ * Student's t test of each contrast.
+ */
+KORVENRG_API void TestContrasts(
+    int iNbContrasts,         /**< [in] number of contrasts */
+    double DFErrors,          /**< [in] degrees of freedom of the error */
+    double* ioContrastsStats, /**< [inout; iNbContrasts x 7] columns: 1 estimate and 2 its variance, read; 5 t and 6
+                                   two-sided p-value, written; both missing when the variance is at most
+                                   2.220446049250313E-16. The other columns stay */
+    double alpha,             /**< [in] significance level, in 0..1 */
+    int* oSignif              /**< [out; iNbContrasts] 1 when the p-value is below alpha, else 0 */
+);
+
+/**
+ * Rejections and adjusted p-values that control the false discovery rate.
+ *
+ * With the p-values sorted, the first p_(i) above i alpha / p ends the walk, and those before it are rejected; later ones
+ * that would pass are not. Adjusted: p_(i) p / i, at most 1 and at most the adjusted one behind it. A missing marker
+ * sorts first, counts as rejected and stays at or below the marker.
+ *
+ * Source: Benjamini and Hochberg 1995, Controlling the false discovery rate.
+ */
+KORVENRG_API void Cpp_BenjaminiHochBerg(
+    double* ioPValues, /**< [inout; p x 10] table whose column idx holds the p-values; the adjusted ones replace them */
+    int idx,           /**< [in] column of the p-values, from 1; 7 in a contrast table */
+    int p,             /**< [in] number of p-values */
+    double alpha,      /**< [in] rate to keep, in 0..1 */
+    int* oSignif       /**< [out; p] 1 rejected, 0 not */
+);
+
+/**
+ * Tukey's test of one difference: Student's t for two categories, otherwise the studentized range by a fixed quadrature
+ * that serves from about 5 to 25000 degrees of freedom (docs/accuracy.md has its errors). Its search for the critical
+ * value stops at 0.0001; without a result the value is -1 / sqrt(2).
+ *
+ * oldDF, oldk and oldCrit are a memo of one entry: when oldDF and oldk equal the arguments, the critical value is
+ * taken from oldCrit; after each call they hold the arguments and the value. Start them at 0, and again for a new alpha.
+ */
+KORVENRG_API void VB_MCATestTukey(
+    double DFErrors,  /**< [in] degrees of freedom of the error */
+    double k,         /**< [in] number of categories */
+    double Diff,      /**< [in] absolute standardised difference */
+    double alpha,     /**< [in] significance level, in 0..1 */
+    double* oCritVal, /**< [out; 1] critical value on the scale of Diff */
+    double* pVal,     /**< [out; 1] p-value */
+    double* oldDF,    /**< [inout; 1] memo: degrees of freedom */
+    double* oldk,     /**< [inout; 1] memo: number of categories */
+    double* oldCrit   /**< [inout; 1] memo: critical value */
+);
+
+/**
+ * Fisher's least significant difference for one difference: Student's t. The memo is that of VB_MCATestTukey, on the
+ * degrees of freedom alone.
+ */
+KORVENRG_API void VB_MCATestFischerLSD(
+    double DFErrors,  /**< [in] degrees of freedom of the error */
+    double Diff,      /**< [in] absolute standardised difference */
+    double alpha,     /**< [in] significance level, in 0..1 */
+    double* oCritVal, /**< [out; 1] critical value on the scale of Diff */
+    double* pVal,     /**< [out; 1] two-sided p-value */
+    double* oldDF,    /**< [inout; 1] memo: degrees of freedom */
+    double* oldCrit   /**< [inout; 1] memo: critical value */
+);
+
+/**
+ * Bonferroni's test of one difference: Student's t at newalpha. The memo is that of VB_MCATestTukey.
+ */
+KORVENRG_API void VB_MCATestBonferroni(
+    double DFErrors,  /**< [in] degrees of freedom of the error */
+    double k,         /**< [in] number of categories */
+    double Diff,      /**< [in] absolute standardised difference */
+    double alpha,     /**< [in] significance level, in 0..1 */
+    double* newalpha, /**< [out; 1] 2 alpha / (k (k - 1)) */
+    double* oCritVal, /**< [out; 1] critical value on the scale of Diff */
+    double* pVal,     /**< [out; 1] two-sided p-value of the single comparison, to be compared with newalpha */
+    double* oldDF,    /**< [inout; 1] memo: degrees of freedom */
+    double* oldk,     /**< [inout; 1] memo: number of categories */
+    double* oldCrit   /**< [inout; 1] memo: critical value */
+);
+
+/**
+ * Dunn and Sidak's test of one difference: Student's t at newalpha.
+ */
+KORVENRG_API void VB_MCATestDunnSidak(
+    double DFErrors,  /**< [in] degrees of freedom of the error */
+    double k,         /**< [in] number of categories */
+    double Diff,      /**< [in] absolute standardised difference */
+    double alpha,     /**< [in] significance level, in 0..1 */
+    double* newalpha, /**< [out; 1] 1 - (1 - alpha)^(2 / (k (k - 1))) */
+    double* oCritVal, /**< [out; 1] critical value on the scale of Diff */
+    double* pVal      /**< [out; 1] two-sided p-value of the single comparison, to be compared with newalpha */
+);
+
+/**
+ * Newman and Keuls' test of one difference: the studentized range of m means. NaN when m is below 2 or above k.
+ */
+KORVENRG_API void VB_MCATestNewmanKeuls(
+    double DFErrors,  /**< [in] degrees of freedom of the error */
+    double m,         /**< [in] number of means spanned, 2 to k */
+    double k,         /**< [in] number of categories */
+    double Diff,      /**< [in] absolute standardised difference */
+    double alpha,     /**< [in] significance level, in 0..1 */
+    double* oCritVal, /**< [out; 1] critical value on the scale of Diff */
+    double* pVal      /**< [out; 1] p-value */
+);
+
+/**
+ * Duncan's test of one difference: the studentized range of m means at newalpha. NaN when m is below 2 or above k.
+ */
+KORVENRG_API void VB_MCATestDuncan(
+    double DFErrors,  /**< [in] degrees of freedom of the error */
+    double m,         /**< [in] number of means spanned, 2 to k */
+    double k,         /**< [in] number of categories */
+    double Diff,      /**< [in] absolute standardised difference */
+    double alpha,     /**< [in] significance level, in 0..1 */
+    double* newalpha, /**< [out; 1] 1 - (1 - alpha)^(m - 1) */
+    double* oCritVal, /**< [out; 1] critical value on the scale of Diff */
+    double* pVal      /**< [out; 1] p-value, to be compared with newalpha */
+);
+
+/**
+ * The test of Ryan, Einot, Gabriel and Welsch for one difference: the studentized range of m means at newalpha. NaN when
+ * m is below 2 or above k.
+ */
+KORVENRG_API void VB_MCATestREGWQ(
+    double DFErrors,    /**< [in] degrees of freedom of the error */
+    double m,           /**< [in] number of means spanned, 2 to k */
+    double k,           /**< [in] number of categories */
+    double Diff,        /**< [in] absolute standardised difference */
+    double alpha,       /**< [in] significance level, in 0..1 */
+    VARIANT_BOOL Quick, /**< [in] -1: level and critical value alone; otherwise the p-value alone. The rest stays */
+    double* newalpha,   /**< [out; 1] alpha when m is k or k - 1, otherwise 1 - (1 - alpha)^(m / k) */
+    double* oCritVal,   /**< [out; 1] critical value on the scale of Diff */
+    double* pVal        /**< [out; 1] p-value, to be compared with newalpha */
+);
+
+/**
+ * Letter groups of categories: two share a letter exactly when their difference is not significant.
+ *
+ * The groups are all those to which no category can be added, as insert and absorb makes them (Piepho 2004, An algorithm
+ * for a letter-based representation of all-pairwise comparisons). Groups that hold the first rows come first: with sorted
+ * rows the letters are in the order of the means. They are called A to Z, AA to AZ, BA, ...
+ *
+ * Returns -1, or 0 when no grouping could be made: a pair was not tested (verdict -1, or no contrast of it), or there
+ * would be more than 256 groups. Leave a removed category and its contrasts out of the arrays.
+ */
+KORVENRG_API VARIANT_BOOL Cpp_BuildGroupingForDiffs(
+    double* iVect,         /**< [inout; p x nbcols] table of the categories, means in column 1; its rows are sorted when
+                                asked for */
+    int nbcols,            /**< [in] columns of iVect */
+    double* ContrastsStats, /**< [in; p(p-1)/2 x max(ID1,ID2)] contrast table; columns ID1 and ID2 are read */
+    int p,                 /**< [in] number of categories */
+    int* Signif,           /**< [in; p(p-1)/2] verdicts: 1 significant, 0 not, -1 not tested */
+    BSTR* GTable,          /**< [out; p x 256] column g is group g: its letter in the rows that belong to it, empty
+                                text in the others and in all unused columns. Every cell is a new text */
+    int* pG,               /**< [out; 1] number of groups; 0 when there is no grouping */
+    double* Ranks,         /**< [inout; p] identifier of the category in each row; moves with the rows of iVect */
+    int ID1,               /**< [in] column of the first category's identifier, from 1; 9 in a contrast table */
+    int ID2,               /**< [in] column of the second category's; 10 in a contrast table */
+    VARIANT_BOOL* iSort,   /**< [in; 1] -1: iVect and Ranks are sorted by column 1 of iVect first */
+    VARIANT_BOOL iSortDown /**< [in] -1: from the largest mean down, otherwise from the smallest up */
+);
+
+/**
+ * Differences between the reported parameters of one factor, all pairs i < j of its m parameters in their order, with
+ * the variances that a fit gives them: the first columns of a table for TestContrasts.
+ */
+KORVENRG_API void GetContrastsStatVar(
+    int p,                  /**< [in] number of coded columns */
+    int NbParams,           /**< [in] number of parameters, p + 1: the columns', then the intercept */
+    int Interlevel,         /**< [in] ignored */
+    int FactID,             /**< [in] the factor, from 1 */
+    int* FactSubParents,    /**< [in; p] factor of each column; those of one factor are contiguous */
+    double* iStats,         /**< [in; NbParams] reported parameters, oCoeffs of RunOLS1 */
+    double* iVarCov,        /**< [in; NbParams x NbParams] their covariance, oVarCovCoef of RunOLS1 */
+    int iNbContrasts,       /**< [in] rows of the table; contrasts beyond it are left out */
+    int* NbContrasts,       /**< [out; 1] m (m - 1) / 2 */
+    double* oContrastsStats /**< [out; iNbContrasts x 5] 1 parameter i less parameter j, 2 variance, 3 i, 4 j, from 1;
+                                 column 5 stays */
+);
+
+/**
+ * Means of the fitted values within the categories of one factor, ranked, and their contrasts.
+ *
+ * A mean is that of the model at the weighted means of all columns over the rows of the category, with the error and
+ * the limits of Student's law. The rows of a category of a qualitative factor are those above 0 in its column that
+ * are not below 0 in this or a later column of the factor; of a mixed interaction, those not 0 in its column; a quantitative
+ * factor has all rows. A category without weight has the intercept as its mean.
+ *
+ * The coefficients have to be those of the fitted columns: oRCoeffs of RunOLS1 with the covariance that it gives under
+ * InputInfo(17) = 0.0, in an array that held 0 before the run. The step-down tests of MCATest want the rows of the contrast
+ * table in another order, with the ranges falling along each first rank.
+ */
+KORVENRG_API void Cpp_GetMeansContrastsStatVar2(
+    double* X,               /**< [in; n x p] coded columns */
+    double* W,               /**< [in; n] weights */
+    int n,                   /**< [in] number of rows */
+    int p,                   /**< [in] number of columns */
+    int NbContrasts,         /**< [in] rows of the contrast table, K (K - 1) / 2; contrasts beyond it are left out */
+    int NbFactors,           /**< [in] number of factors */
+    int Interlevel,          /**< [in] ignored */
+    int FactID,              /**< [in] the factor, from 1 */
+    int FactType,            /**< [in] its type, 1 to 5 */
+    int* FactNbSub,          /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactSubParents,     /**< [in; p] factor of each column; those of one factor are contiguous */
+    int* RemovedVect,        /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,          /**< [in; p+1] coefficients of the fitted columns, the intercept last */
+    double* iVarCov,         /**< [in; (p+1) x (p+1)] their covariance; 0 for columns outside the model */
+    double alpha,            /**< [in] 1 less the level of the limits */
+    double DFErrors,         /**< [in] degrees of freedom of the error */
+    double* oMeans,          /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                                  categories come first, with missing cells */
+    double* oContrastsStats, /**< [out; NbContrasts x 10] pairs of ranks i < j, j rising: 1 mean of rank i less that of
+                                  rank j, 2 variance, 3 i, 4 j, 5 difference / root of the variance, 9, 10 the two
+                                  categories; 5 is missing without variance, 1, 2 and 5 with a removed category; the
+                                  other columns stay */
+    double* Ranks,           /**< [out; K] category of each row of oMeans, from 1 */
+    int* NbNull              /**< [out; 1] number of removed categories */
+);
+
+/**
+ * Least-squares means of the categories of one factor, ranked, and their contrasts (Searle, Speed and Milliken 1980,
+ * "Population marginal means in the linear model: an alternative to least squares means").
+ *
+ * A mean is the model with the category's own parameter, the parameters of each interaction with the category in equal
+ * shares, those of each other qualitative factor in equal shares of the parameters that are not constant, and each
+ * covariate, and each column of a mixed interaction that goes with the category, at its weighted mean over all rows. A
+ * factor goes with the category through the variables it has in common with FactID. An empty cell of an interaction counts
+ * in the shares, with the coefficient 0.
+ *
+ * The parameters have to be the reported ones: oCoeffs of RunOLS1 with the covariance that it gives under InputInfo(17)
+ * other than 0.0.
+ */
+KORVENRG_API void GetLSMeansContrastsStatVar(
+    double* X,               /**< [in; n x p] coded columns */
+    double* W,               /**< [in; n] weights */
+    int n,                   /**< [in] number of rows */
+    int p,                   /**< [in] number of columns */
+    int NbParams,            /**< [in] ignored: p + 1 */
+    int NbContrasts,         /**< [in] rows of the contrast table, K (K - 1) / 2; contrasts beyond it are left out */
+    int NbFactors,           /**< [in] number of factors */
+    int Interlevel,          /**< [in] highest number of variables in one factor */
+    int FactID,              /**< [in] the factor, from 1 */
+    int* FactType,           /**< [in; NbFactors] 1 quantitative, 2 qualitative, 3, 4, 5 interactions */
+    int* FactActive,         /**< [in; NbFactors] ignored: a factor is in the model when FactSubParents has it */
+    int* FactNbSubInit,      /**< [in; NbFactors] columns of each factor in a table of all factors, so that each variable
+                                  has its number of categories, whether or not its main effect is in the model */
+    int* FactNbSub,          /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactSubRemoved,     /**< [in; p] states of the columns; 50000 (constant) is left out of the equal shares */
+    int* FactSubCleaned,     /**< [in; p] ignored: all columns of the table keep their place */
+    int* FactListVars,       /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,         /**< [in; NbFactors] number of variables of each factor */
+    int* FactSubParents,     /**< [in; p] factor of each column; those of one factor are contiguous, in the order of the
+                                  design table */
+    int* RemovedVect,        /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,          /**< [in; p+1] reported parameters, the intercept last */
+    double* iVarCov,         /**< [in; (p+1) x (p+1)] their covariance */
+    double alpha,            /**< [in] 1 less the level of the limits */
+    double DFErrors,         /**< [in] degrees of freedom of the error */
+    double* oMeans,          /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                                  categories come last, with missing cells */
+    double* oContrastsStats, /**< [out; NbContrasts x 10] as in Cpp_GetMeansContrastsStatVar2; the pairs with a removed
+                                  category come last */
+    double* Ranks,           /**< [out; K] category of each row of oMeans, from 1 */
+    int* NbNull              /**< [out; 1] number of removed categories */
+);
+
+/**
+ * Means of the fitted values within the categories of one factor, ranked: Cpp_GetMeansContrastsStatVar2 without
+ * contrasts. The coefficients are those of the fitted columns.
+ */
+KORVENRG_API void Cpp_GetCategoryMeans2(
+    double* X,           /**< [in; n x p] coded columns */
+    double* W,           /**< [in; n] weights */
+    int n,               /**< [in] number of rows */
+    int p,               /**< [in] number of columns */
+    int NbFactors,       /**< [in] number of factors */
+    int Interlevel,      /**< [in] highest number of variables in one factor */
+    int FactID,          /**< [in] the factor, from 1 */
+    int* FactType,       /**< [in; NbFactors] type of each factor */
+    int* FactActive,     /**< [in; NbFactors] ignored */
+    int* FactNbSubInit,  /**< [in; NbFactors] ignored */
+    int* FactNbSub,      /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactListVars,   /**< [in; NbFactors x Interlevel] ignored */
+    int* FactNbVars,     /**< [in; NbFactors] ignored */
+    int* FactSubParents, /**< [in; p] factor of each column; those of one factor are contiguous */
+    int* RemovedVect,    /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,      /**< [in; p+1] coefficients of the fitted columns, the intercept last */
+    double* iVarCov,     /**< [in; (p+1) x (p+1)] their covariance; 0 for columns outside the model */
+    double alpha,        /**< [in] 1 less the level of the limits */
+    double DFErrors,     /**< [in] degrees of freedom of the error */
+    double* oMeans,      /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                              categories come first, with missing cells */
+    double* oMeanIDs     /**< [out; K] category of each row of oMeans, from 1 */
+);
+
+/**
+ * Least-squares means of the categories of one factor, ranked: GetLSMeansContrastsStatVar without contrasts. The
+ * parameters are the reported ones.
+ */
+KORVENRG_API void Cpp_GetCategoryLSMeans(
+    double* X,           /**< [in; n x p] coded columns */
+    double* W,           /**< [in; n] weights */
+    int n,               /**< [in] number of rows */
+    int p,               /**< [in] number of columns */
+    int NbParams,        /**< [in] ignored: p + 1 */
+    int NbFactors,       /**< [in] number of factors */
+    int Interlevel,      /**< [in] highest number of variables in one factor */
+    int FactID,          /**< [in] the factor, from 1 */
+    int* FactType,       /**< [in; NbFactors] type of each factor */
+    int* FactActive,     /**< [in; NbFactors] ignored */
+    int* FactNbSubInit,  /**< [in; NbFactors] columns of each factor in a table of all factors */
+    int* FactNbSub,      /**< [in; NbFactors] columns of each factor; K, the number of categories, is that of FactID */
+    int* FactSubRemoved, /**< [in; p] states of the columns; 50000 (constant) is left out of the equal shares */
+    int* FactSubCleaned, /**< [in; p] ignored */
+    int* FactListVars,   /**< [in; NbFactors x Interlevel] variables of each factor */
+    int* FactNbVars,     /**< [in; NbFactors] number of variables of each factor */
+    int* FactSubParents, /**< [in; p] factor of each column; those of one factor are contiguous, in the order of the
+                              design table */
+    int* RemovedVect,    /**< [in; K] 0, or above 0 for a category that is out of the model */
+    double* iStats,      /**< [in; p+1] reported parameters, the intercept last */
+    double* iVarCov,     /**< [in; (p+1) x (p+1)] their covariance */
+    double alpha,        /**< [in] 1 less the level of the limits */
+    double DFErrors,     /**< [in] degrees of freedom of the error */
+    double* oMeans,      /**< [out; K x 4] mean, standard error, lower and upper limit, by ascending mean; removed
+                              categories come last, with missing cells */
+    double* oMeanIDs     /**< [out; K] category of each row of oMeans, from 1 */
+);
+
+/**
+ * Flags the columns in state 50000 (constant: an empty cell, a category without rows) and, in the main effects, the
+ * category of each of their variables: the place of a column in its factor is read as a number whose digits are the categories,
+ * the first variable changing slowest. Variables with one column have no category, main effects outside the table no
+ * column to flag.
+ */
+KORVENRG_API void Cpp_identifyRemoved(
+    int* iFactActive,        /**< [in; NbFactors] ignored */
+    int NbFactors,           /**< [in] number of factors */
+    int p,                   /**< [in] number of columns */
+    int Interlevel,          /**< [in] highest number of variables in one factor */
+    int* iFactSubParents,    /**< [in; p] factor of each column */
+    int* iFactListVars,      /**< [in; NbFactors x Interlevel] variables of each factor, 0 behind the last */
+    int* iFactNbSub,         /**< [in; NbFactors] columns of each factor; of a variable's main effect, its categories */
+    int* iFactSubRemoved,    /**< [in; p] states of the columns */
+    int* oFactRemovedParents /**< [out; p] 1 for a flagged column; the other cells stay */
+);
+
+/**
+ * Cpp_identifyRemoved without a list of parents: the active factors stand one after the other with their columns of
+ * iFactNbSubInit. A column is removed when its state or its cleaned state is 50000. Quantitative variables have no
+ * category.
+ */
+KORVENRG_API void Cpp_identifyRemoved2(
+    int* iFactActive,        /**< [in; NbFactors] 1: the factor has columns in the table */
+    int NbFactors,           /**< [in] number of factors */
+    int p,                   /**< [in] number of columns */
+    int Interlevel,          /**< [in] highest number of variables in one factor */
+    int* iFactType,          /**< [in; NbFactors] type of each factor */
+    int* iFactListVars,      /**< [in; NbFactors x Interlevel] variables of each factor, 0 behind the last */
+    int* iFactNbSubInit,     /**< [in; NbFactors] columns of each factor; of a variable's main effect, its categories, in
+                                  the table or not */
+    int* iFactSubRemoved,    /**< [in; p] states of the columns */
+    int* iFactSubCleaned,    /**< [in; p] states after cleaning, of BuildModelTable2 */
+    int* oFactRemovedParents /**< [out; p] 1 for a flagged column; the other cells stay */
+);
+
 /* ---- logistic models ---- */
 
 /**

@@ -82,16 +82,16 @@ void NestedTypeTable(matrix<double>* ioSSTable,
     const NestedRows rows = FindRows(iNbFactors, *iFactActive, *iFactNested, *iFactListVars);
     if (rows.nesting == 0 || rows.pair == 0) return;
 
-    const double error = ioSSTable->vbget(rows.pair, kAnovaMeanSquare);
+    const double error = ioSSTable->vbget(rows.pair, kTypeMeanSquare);
     if (error <= korvenrg::kEps) {
-        ioSSTable->vbset(rows.nesting, kAnovaF, korvenrg::kMissing);
-        ioSSTable->vbset(rows.nesting, kAnovaP, korvenrg::kMissing);
+        ioSSTable->vbset(rows.nesting, kTypeF, korvenrg::kMissing);
+        ioSSTable->vbset(rows.nesting, kTypeP, korvenrg::kMissing);
         return;
     }
-    const double f = ioSSTable->vbget(rows.nesting, kAnovaMeanSquare) / error;
-    ioSSTable->vbset(rows.nesting, kAnovaF, f);
+    const double f = ioSSTable->vbget(rows.nesting, kTypeMeanSquare) / error;
+    ioSSTable->vbset(rows.nesting, kTypeF, f);
     ioSSTable->vbset(
         rows.nesting,
-        kAnovaP,
-        pValFisher(f, ioSSTable->vbget(rows.nesting, kAnovaDf), ioSSTable->vbget(rows.pair, kAnovaDf)));
+        kTypeP,
+        pValFisher(f, ioSSTable->vbget(rows.nesting, kTypeDf), ioSSTable->vbget(rows.pair, kTypeDf)));
 }

@@ -45,11 +45,11 @@ NumberedColumns ColumnsThatAre(bool free, const LogitModel& model, const LogitFi
 
 double SumOf(const Cells& cells)
 {
-    RowSum sum;
-    for (const double cell : cells) {
-        sum.Add(cell);
-    }
-    return sum.Total();
+    const double* const column[] = {cells.data()};
+    const Cells ones(cells.size(), 1.0);
+    double sum = 0.0;
+    linalg::ColumnProducts(column, static_cast<int>(cells.size()), ones.data(), &sum);
+    return sum;
 }
 
 void StoreSymmetric(int i, int j, double value, matrix<double>& target)

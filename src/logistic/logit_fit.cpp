@@ -23,6 +23,8 @@ constexpr int kStopAtOnce = 2;
 // A change of the log-likelihood counts from these iterations on.
 constexpr int kSettledIterations = 5;
 constexpr int kSettledIterationsWithMortality = 15;
+// Rises below this many units in the last place of the log-likelihood cannot be seen in it.
+constexpr double kHiddenUlps = 4.0;
 // Several blocks: a fitted probability above this from iteration 9 on is taken as separation.
 constexpr int kIterationsBeforeGuard = 8;
 constexpr double kSeparated = 0.95;
@@ -35,6 +37,7 @@ struct Newton
     LogitFit& fit;
     LogitWork& work;
     bool accepted = false;
+    bool scoreIsGradient = true;    // the derivatives are those of the log-likelihood itself
     bool staleDerivatives = false;  // the probabilities of the last point are there, its derivatives are not
     int stepResult = 0;
     double before = kStartLogLikelihood;
@@ -82,20 +85,16 @@ void RecomputeDerivatives(Newton& newton)
     newton.staleDerivatives = false;
 }
 
-// Log-likelihood at the probabilities of one point of the line search. Derivatives are formed where the penalty or the
-// next step asks for them. Those of a search without success are needed only if the iteration ends there; the mortality,
-// which they depend on beside the probabilities, has moved on by then, so with one to estimate they are formed at once.
-double EvaluateMove(Newton& newton, int move)
+// Log-likelihood at the probabilities of one point of the line search.
+void EvaluateMove(Newton& newton)
 {
     double value = LogitLogLikelihood(newton.model, newton.work);
-    const bool accepted = value - newton.before > kSmallestRise;
     newton.staleDerivatives = true;
-    if (newton.options.firth || accepted || (move == kMovesBack && newton.options.estimatesMortality)) {
+    if (newton.options.firth) {
         RecomputeDerivatives(newton);
+        value += FirthPenalty(newton.fit);
     }
-    if (newton.options.firth) value += FirthPenalty(newton.fit);
     newton.LogLikelihood() = value;
-    return value;
 }
 
 // The predictors along a step: computed at its end, and moved by those of the step itself from there.
@@ -167,15 +166,44 @@ bool IsExhausted(const Newton& newton)
     return newton.fit.statistics.iterations > newton.options.maxIterations;
 }
 
-// What a step can bring: half of g' step, the rise of the quadratic model. Below half of the smallest rise that counts
-// every point of the line search would be rejected.
-bool CanRise(const Newton& newton, const std::vector<double>& back)
+// Half of g' step: the rise at the end of a short step, by the quadratic model.
+double PromisedRise(const Newton& newton, const std::vector<double>& back)
 {
     double promised = 0.0;
     for (std::size_t i = 0; i < back.size(); ++i) {
         if (back[i] != 0.0) promised -= 0.5 * newton.fit.gradient.data[i] * back[i];
     }
-    return newton.options.firth || !(std::fabs(promised) < 0.5 * kSmallestRise);
+    return promised;
+}
+
+// Whether a rise is lost in the rounding of the log-likelihood.
+bool IsHidden(const Newton& newton, double rise)
+{
+    return newton.scoreIsGradient && std::fabs(rise) < kHiddenUlps * kEps * std::fabs(newton.before);
+}
+
+// The rise at each point of a line search. One that the rounding of the log-likelihood hides is taken from the quadratic
+// model, so that the last steps are made, and points that it rejects are not looked at but for the last. Derivatives of a
+// search without success are needed only if the iteration ends there; the mortality, on which they depend beside the
+// probabilities, has moved on by then, so with one to estimate they are formed at the last point.
+bool SearchAlong(Newton& newton, const std::vector<double>& back)
+{
+    const double promised = PromisedRise(newton, back);
+    const bool hidden = IsHidden(newton, promised);
+    const bool looks = !hidden || promised > kSmallestRise;
+    StepPredictors predictors(newton, back);
+    return SearchBack(newton.fit.parameters, back, kMovesBack, [&](int move) {
+        if (looks) {
+            predictors.Evaluate(move);
+        } else if (move < kMovesBack) {
+            return 0.0;
+        } else {
+            LogitProbabilities(newton.model, newton.fit.parameters, newton.work);
+        }
+        EvaluateMove(newton);
+        if (move == kMovesBack && newton.options.estimatesMortality) RecomputeDerivatives(newton);
+        return hidden ? promised : newton.LogLikelihood() - newton.before;
+    });
 }
 
 // One Newton step with its line search. False when no step could be made.
@@ -199,18 +227,8 @@ bool MakeStep(Newton& newton)
         back[i] -= fit.parameters.data[i];
     }
     newton.before = newton.LogLikelihood();
-    const bool canRise = CanRise(newton, back);
-    StepPredictors predictors(newton, back);
-    newton.accepted = SearchBack(fit.parameters, back, kMovesBack, newton.before, [&](int move) {
-        if (canRise) {
-            predictors.Evaluate(move);
-        } else if (move < kMovesBack) {
-            return newton.before;
-        } else {
-            LogitProbabilities(newton.model, fit.parameters, newton.work);
-        }
-        return EvaluateMove(newton, move);
-    });
+    newton.accepted = SearchAlong(newton, back);
+    if (newton.accepted && newton.staleDerivatives) RecomputeDerivatives(newton);
     return true;
 }
 
@@ -245,6 +263,16 @@ bool RunPhases(Newton& newton)
     return true;
 }
 
+// Second weights of a binomial response, and the mortality of several blocks, enter the log-likelihood in another way than
+// its derivatives; a mortality that is cut at 0 leaves the way of the step.
+bool ScoreIsGradient(const LogitModel& model, const FitOptions& options, const LogitFit& fit)
+{
+    if (options.estimatesMortality) return false;
+    if (model.IsMultinomial()) return std::ranges::all_of(fit.mortality, [](double c) { return c == 0.0; });
+    const double* weights = model.secondWeights;
+    return !model.IsBinomial() || std::all_of(weights, weights + model.n, [](double w) { return w == 1.0; });
+}
+
 }  // namespace
 
 double EvaluateLogitModel(const LogitModel& model, const FitOptions& options, LogitFit& fit, LogitWork& work)
@@ -263,6 +291,7 @@ int OptimizeLogitModel(const LogitModel& model, const FitOptions& options, Logit
 {
     Newton newton{.model = model, .options = options, .fit = fit, .work = work};
     PutStartValues(fit);
+    newton.scoreIsGradient = ScoreIsGradient(model, options, fit);
     fit.statistics.logLikelihood = EvaluateLogitModel(model, options, fit, work);
     const KeptDerivatives start(fit);
     if (!RunPhases(newton)) return kFitFailed;

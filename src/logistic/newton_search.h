@@ -19,20 +19,16 @@ inline constexpr double kSmallestRise = kEps;
  *
  * @param parameters  new parameters in, the point reached out
  * @param back        old parameters - new parameters
- * @param before      log-likelihood at the old parameters
- * @param evaluate    log-likelihood at the parameters as they stand; called with the number of the move
+ * @param rise        log-likelihood at the parameters as they stand less that at the old ones; called with the number of
+ *                    the move
  * @return whether a point was accepted
  */
-template <typename Evaluate>
-bool SearchBack(matrix<double>& parameters,
-                const std::vector<double>& back,
-                int moves,
-                double before,
-                Evaluate evaluate)
+template <typename Rise>
+bool SearchBack(matrix<double>& parameters, const std::vector<double>& back, int moves, Rise rise)
 {
     double share = 1.0;
     for (int move = 1; move <= moves; ++move) {
-        if (evaluate(move) - before > kSmallestRise) return true;
+        if (rise(move) > kSmallestRise) return true;
         share *= 0.5;
         for (std::size_t i = 0; i < back.size(); ++i) {
             parameters.data[i] += share * back[i];

@@ -65,12 +65,16 @@ class InFolder(unittest.TestCase):
         return found, done.stdout
 
 
-def reference_values():
+def reference_values(means):
+    """The cases of means, whose rows are cells with their variables in order, or the others."""
     values = {}
     with open(TOP / "tests" / "reference" / "frontend_values.csv", newline="", encoding="utf-8") as file:
         for row in csv.DictReader(file):
+            if row["case"].startswith("means ") != means:
+                continue
             cells = values.setdefault(row["case"], {}).setdefault(row["table"], {})
-            cells[same_parameter(row["row"]), same_parameter(row["column"])] = float(row["value"])
+            label = str if means else same_parameter
+            cells[label(row["row"]), label(row["column"])] = float(row["value"])
     return values
 
 
@@ -105,7 +109,7 @@ class AgainstR(InFolder):
     }
 
     def test_tables(self):
-        references = reference_values()
+        references = reference_values(means=False)
         self.assertEqual(set(references), set(self.COMMANDS))
         for case, command in self.COMMANDS.items():
             more = sorted({f"{name}.csv" for name in references[case]} - set(FILES))
@@ -123,6 +127,153 @@ class AgainstR(InFolder):
                                         f"{shown[row, column]} instead of {expected}")
                 if name in ("parameters", "standardised", "covariance", "type1", "type3"):
                     self.assertEqual({row for row, _ in shown}, {row for row, _ in cells}, (case, name))
+
+
+CHICKS = ["anova", DATA / "chickwts.csv", "--response", "weight", "--terms", "feed", "--means", "feed"]
+CELLS = ["anova", DATA / "moore.csv", "--response", "conformity",
+         "--terms", "partner.status fcategory partner.status*fcategory"]
+REGIONS = ["anova", DATA / "states.csv", "--response", "Murder", "--covariate", "Income", "--terms", "Income region",
+           "--weights", "Population"]
+
+
+class Means(InFolder):
+    """Category means, LS means and their comparisons."""
+
+    COMMANDS = {
+        **{f"means chickwts {name}": [*CHICKS, "--compare", name]
+           for name in ("tukey", "lsd", "bonferroni", "sidak", "snk", "games-howell", "bh")},
+        **{f"means chickwts control {tail}": [*CHICKS, "--control", "casein", "--tail", tail, "--alpha", "0.1"]
+           for tail in ("two", "lower", "upper")},
+        "means moore rows": [*CELLS, "--means", "fcategory", "--compare", "lsd"],
+        "means moore": [*CELLS, "--lsmeans", "fcategory", "--compare", "tukey"],
+        "means moore cells": [*CELLS, "--lsmeans", "fcategory*partner.status", "--compare", "bonferroni",
+                              "--alpha", "0.01"],
+        "means states": [*REGIONS, "--lsmeans", "region", "--compare", "bh"],
+        "means states rows": [*REGIONS, "--means", "region", "--compare", "sidak"],
+    }
+    # The engine's studentized range is a fixed quadrature; R's law of Dunnett's test is a simulation of many points.
+    RANGE = {"Critical value": 5e-4, "Pr > |t|": 5e-3, "p-value": 1e-3}
+    BY_RANGE = ("tukey", "snk", "games-howell", "moore", "two", "lower", "upper")
+
+    @staticmethod
+    def own_tables(command):
+        """The tables of means that a command writes."""
+        kinds = {option[2:] for option in command if option in ("--means", "--lsmeans")}
+        parts = [""] + [part for option, part in (("--compare", "_contrasts"), ("--control", "_control")) if option in command]
+        return [f"{kind}{part}.csv" for kind in kinds for part in parts]
+
+    def means(self, *command):
+        own = self.own_tables(command)
+        tables, printed = self.tables(*command, "--type", "1", more=[*own, "type1.csv"])
+        return {name[:-4]: tables[name[:-4]] for name in own}, printed
+
+    def assert_letters(self, tables, kind):
+        """Two categories share a letter exactly when their difference is not significant; the largest mean has an A."""
+        letters = {row: cell for (row, column), cell in tables[kind].items() if column == "Groups"}
+        rows = list(letters)
+        self.assertIn("A", letters[rows[0]])
+        pairs = {frozenset(row.split(" - ")): cell == "significant"
+                 for (row, column), cell in tables[f"{kind}_contrasts"].items() if column == "Note"}
+        self.assertEqual(len(pairs), len(rows) * (len(rows) - 1) // 2)
+        for pair, significant in pairs.items():
+            a, b = pair
+            self.assertEqual(not set(letters[a]) & set(letters[b]), significant, (pair, letters))
+
+    def test_tables(self):
+        references = reference_values(means=True)
+        self.assertEqual(set(references), set(self.COMMANDS))
+        for case, command in self.COMMANDS.items():
+            tables, _ = self.means(*command)
+            by_range = self.RANGE if case.split()[-1] in self.BY_RANGE else {}
+            for name, cells in references[case].items():
+                shown = {key: cell for key, cell in tables[name].items() if cell and key[1] not in ("Note", "Groups")}
+                if not name.endswith("_control"):
+                    self.assertEqual(set(shown), set(cells), (case, name))
+                for (row, column), expected in cells.items():
+                    with self.subTest(case=case, table=name, row=row, column=column):
+                        tolerance = by_range.get(column, ROUNDOFF)
+                        found = float(shown[row, column])
+                        self.assertTrue(math.isclose(found, expected, rel_tol=tolerance, abs_tol=1e-6 if by_range else 0.0),
+                                        f"{found} instead of {expected}")
+            if "--compare" in command:
+                self.assert_letters(tables, "lsmeans" if "--lsmeans" in command else "means")
+
+    def test_constraints_do_not_change_them(self):
+        for terms in ("partner.status fcategory", "partner.status fcategory partner.status*fcategory"):
+            for constraint in ("last", "sum", "weighted"):
+                command = [*CELLS[:-1], terms, "--means", "fcategory", "--lsmeans", "partner.status", "--compare", "lsd"]
+                first, _ = self.means(*command)
+                other, _ = self.means(*command, "--constraint", constraint)
+                for name, cells in first.items():
+                    for key, cell in cells.items():
+                        with self.subTest(terms=terms, constraint=constraint, table=name, cell=key):
+                            if key[1] in ("Note", "Groups"):
+                                self.assertEqual(other[name][key], cell)
+                            else:
+                                self.assertTrue(math.isclose(float(other[name][key]), float(cell), rel_tol=ROUNDOFF))
+
+    def test_every_procedure_groups_by_its_verdicts(self):
+        for procedure in ("tukey", "lsd", "bonferroni", "sidak", "snk", "duncan", "regwq", "games-howell", "tamhane",
+                          "dunnett-c", "bh"):
+            with self.subTest(procedure):
+                self.assert_letters(self.means(*CHICKS, "--compare", procedure)[0], "means")
+
+    def test_where_no_letters_fit(self):
+        # Games-Howell has nothing to compare two groups with that do not vary.
+        rows = "".join(f"{value},{group}\n" for group, values in (("a", (1, 1)), ("b", (1.5, 1.5)), ("c", (4, 6)))
+                       for value in values)
+        data = self.write("y,g\n" + rows)
+        command = ["anova", data, "--response", "y", "--terms", "g", "--means", "g", "--compare"]
+        tables, printed = self.means(*command, "games-howell")
+        self.assertEqual(tables["means_contrasts"]["a - b", "Note"], "not tested")
+        self.assertNotIn(("a", "Groups"), tables["means"])
+        self.assertIn("no letter groups fit", printed)
+        self.assertIn("a letter in common", self.means(*command, "tukey")[1])
+        # q stands for l: the difference of q and p has no variance, and the test is repeated with a common one.
+        data = self.write("y,a,b\n1,k,p\n3,k,p\n8,k,r\n9,k,r\n5,l,q\n7,l,q\n6,l,q\n")
+        for procedure in ("bh", "lsd"):
+            tables, printed = self.means("anova", data, "--response", "y", "--terms", "a b", "--lsmeans", "b",
+                                         "--compare", procedure)
+            self.assertIn("one variance from the harmonic mean", printed)
+        mse = (2 + 0.5 + 2) / 4
+        self.assertAlmostEqual(float(tables["lsmeans_contrasts"]["p - r", "Standard error"]),
+                               math.sqrt(2 * mse / (3 / (1 / 2 + 1 / 2 + 1 / 3))))
+        self.assertEqual(tables["lsmeans"]["p", "Groups"], tables["lsmeans"]["q", "Groups"])
+
+    def test_empty_cells(self):
+        data = self.write("y,a,b\n1,k,p\n2,k,p\n4,k,q\n5,k,q\n3,l,p\n5,l,p\n6,m,p\n5,m,q\n9,m,q\n")
+        command = ["anova", data, "--response", "y", "--terms", "a b a*b"]
+        tables, _ = self.means(*command, "--means", "a*b", "--lsmeans", "a", "--compare", "lsd")
+        self.assertEqual(tables["means"]["l*q", "Note"], "no rows")
+        self.assertAlmostEqual(float(tables["means"]["l*p", "Mean"]), 4.0)
+        self.assertEqual(sum(column == "Note" for _, column in tables["means_contrasts"]), 10)
+        self.assertEqual(tables["lsmeans"]["l", "Note"], "not estimable: an empty cell")
+        self.assertEqual(tables["lsmeans"]["l", "Mean"], "")
+        self.assertAlmostEqual(float(tables["lsmeans"]["m", "Mean"]), 6.5)
+        self.assertEqual({row for row, _ in tables["lsmeans_contrasts"]}, {"k - m"})
+        self.assert_letters({name: {key: cell for key, cell in cells.items() if key[0] not in ("l", "l*q")}
+                             for name, cells in tables.items()}, "means")
+        done = run(*command, "--lsmeans", "a", "--control", "l")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("--control: 'l' is no category with a mean of 'a'", done.stderr)
+
+    def test_an_interaction_without_a_main_effect(self):
+        tables, _ = self.tables("anova", DATA / "warpbreaks.csv", "--response", "breaks", "--terms", "wool wool*tension",
+                                "--lsmeans", "wool", "--type", "1", more=["lsmeans.csv", "type1.csv"])
+        value = {row: float(cell) for (row, column), cell in tables["parameters"].items() if column == "Value"}
+        cells = sum(value[f"wool-B*tension-{tension}"] for tension in "HLM") / 3
+        self.assertAlmostEqual(float(tables["lsmeans"]["B", "Mean"]), value["Intercept"] + value["wool-B"] + cells)
+
+    def test_a_term_that_a_selection_leaves_out(self):
+        command = ["anova", DATA / "moore.csv", "--response", "conformity", "--terms", "partner.status fcategory",
+                   "--lsmeans", "fcategory", "--lsmeans", "partner.status"]
+        for selection in ("backward", "best"):
+            done = run(*command, "--selection", selection)
+            self.assertIn("Least-squares means of fcategory: not in the model", done.stdout)
+            alone = run(*command[:5], "partner.status", "--lsmeans", "partner.status")
+            title = "Least-squares means of partner.status"
+            self.assertIn(title, done.stdout)
+            self.assertEqual(done.stdout.split(title)[1], alone.stdout.split(title)[1])
 
 
 class Reading(InFolder):
@@ -471,6 +622,14 @@ class Refusals(InFolder):
                  "--max-vars: is below --min-vars"),
                 (["regress", data, *self.MODEL, "--selection", "best", "--min-vars", "0"], "--min-vars"),
                 (["regress", data, *self.MODEL, "--selection", "stepwise", "--enter", "0"], "--enter"),
+                (["regress", data, *self.MODEL, "--means", "x"], "--means"),
+                (["anova", data, *self.MODEL, "--compare", "lsd"], "--compare: belongs to --means or --lsmeans"),
+                (["anova", data, *self.MODEL, "--control", "1"], "--control: belongs to --means or --lsmeans"),
+                (["anova", data, *self.MODEL, "--means", "x", "--tail", "upper"], "--tail: belongs to --control"),
+                (["anova", data, *self.MODEL, "--means", "x", "--compare", "scheffe"], "--compare"),
+                (["anova", data, *self.MODEL, "--lsmeans", "x", "--compare", "tamhane"], "compare --means alone"),
+                (["anova", data, *self.MODEL, "--means", "x", "--compare", "dunnett-c", "--weights", "w"],
+                 "know no --weights"),
                 (["regress", data, *self.MODEL, "--type", "4"], "--type"),
                 (["regress", data, *self.MODEL, "--type", "1,"], "--type"),
                 (["regress", data, *self.MODEL, "--type", "1,2", "--intercept", "0"], "need an intercept"),

@@ -7,8 +7,8 @@
 namespace logistic_test {
 namespace {
 
-/** Agreement of two fits that take different ways to one optimum (logit_reference_test.cpp says why it is 2e-7). */
-constexpr double kSameOptimum = 2E-7;
+/** Agreement of two fits that take different ways to one optimum (logit_reference_test.cpp says how near they come). */
+constexpr double kSameOptimum = 1E-8;
 
 /** n rows of p normal columns with a response that depends on the first. */
 LogitProblem RandomBinary(int n, int p, unsigned seed = 3)
@@ -274,22 +274,32 @@ TEST(LogitDoses, SlopeOfNothing)
     EXPECT_EQ(r.curve(99, kCurveProbability), 0.99);
 }
 
+// Under heterogeneity the bounds are where the line is q^2 sqrt(h) standard errors away, q Student's quantile with W - p + 2
+// degrees of freedom: its square as multiplier, squared by Fieller's form.
 TEST(LogitDoses, FourthPowerOfStudent)
 {
-    // Heterogeneous doses: the wide bounds are Fieller's with the quantile to the fourth power times the heterogeneity.
-    LogitProblem q = Binary({100, 600, 300, 900, 700, 990}, {{1, 2, 3, 4, 5, 6}});
+    LogitProblem q = Binary({1, 40, 150, 260}, {{-11.5, -3, 0, 3}});
     q.form = kBinomialForm;
-    q.wc.assign(6, 1000.0);
+    q.wc = {1, 300, 300, 300};
     q.info[kDoses] = 1;
     const LogitResults r = RunLogit(q);
-    const double h = r.hetero(1);
-    EXPECT_EQ(h, 1.0);  // of 5998 degrees of freedom; few cases are needed for another
-    q.wc.assign(6, 4.0);
-    q.wc[0] = 40.0;
-    q.y = {1, 3.9, 0.1, 3.9, 0.1, 3.9};
-    const LogitResults few = RunLogit(q);
-    ASSERT_EQ(few.code, 0);
-    EXPECT_TRUE(few.hetero(1) == 1.0 || !few.doses.Kept(1, kDoseHeteroLower));
+    const double h = r.hetero(1), student = -1.9625974696062976;  // 902 degrees of freedom, from R's qt
+    ASSERT_GT(h, 1.1);
+    const double a = r.coefficients(1, kCoefValue), b = r.coefficients(2, kCoefValue);
+    const auto distance = [&](double u, double probability) {
+        const double gap = a + b * u - std::log(probability / (1.0 - probability));
+        return gap * gap / (r.covariance(2, 2) + 2.0 * u * r.covariance(1, 2) + u * u * r.covariance(1, 1)) /
+               h;
+    };
+    const double wide = std::pow(student, 4.0), z2 = 3.841458820694124;
+    for (int c : {kDoseHeteroLower, kDoseHeteroUpper})
+        ExpectClose(distance(r.doses(7, c), 0.5), wide, kIterative);
+    for (int c : {kCurveHeteroLower, kCurveHeteroUpper})
+        ExpectClose(distance(r.curve(30, c), 0.3), wide, kIterative);
+    for (int c : {kCurveLower, kCurveUpper})
+        ExpectClose(distance(r.curve(30, c), 0.3), z2, kIterative);
+    for (int c : {kDoseLower, kDoseUpper})
+        ExpectClose(distance(r.doses(7, c), 0.5) * h, z2, kIterative);
 }
 
 // Probabilities below the mortality have no dose, whatever scale they are stated on.
@@ -449,6 +459,73 @@ TEST(LogitTables, HeterogeneityAndColumnsThatStay)
     EXPECT_EQ(r.standardised(1, kCoefProfileLower), 0.0);
     EXPECT_EQ(r.covariance(3, 3), 0.0);
     EXPECT_EQ(r.fit(kRowMcFadden, kIndependentModel), 0.0);
+}
+
+// Equal probabilities: the reference has to exceed the others, a probability at the cut point is a success.
+TEST(LogitTables, Ties)
+{
+    LogitProblem q = RandomCategories(40, 1, 4);
+    for (int i = 0; i < 40; ++i)
+        q.y[static_cast<size_t>(i)] = i % 4;
+    q.states = {1};
+    const LogitResults four = RunLogit(q);
+    EXPECT_EQ(four.predictions(1, kCatReference), 0.25);
+    for (int i = 1; i <= 40; ++i)
+        EXPECT_EQ(four.predictions(i, kCatPredicted), 2.0);
+    EXPECT_EQ(four.classification(5, 2), 40.0);
+    q = RandomBinary(40, 1);
+    for (int i = 0; i < 40; ++i)
+        q.y[static_cast<size_t>(i)] = i % 2;
+    q.states = {1};
+    EXPECT_EQ(RunLogit(q).classification(3, 2), 40.0);
+}
+
+// One parameter alone has no heterogeneity, however bad the fit: the mortality keeps all probabilities above 0.9.
+TEST(LogitTables, HeterogeneityOfOneParameter)
+{
+    LogitProblem q = Binary({0, 0, 0, 0}, {{-1, 1, -2, 2}});
+    q.form = kBinomialForm;
+    q.wc.assign(4, 20.0);
+    q.mortality = {0.9};
+    q.info[kFixedIntercept] = q.info[kWithMortality] = q.info[kGivenMortality] = 1;
+    q.maxIterations = 0;
+    const LogitResults r = RunLogit(q);
+    ASSERT_EQ(r.code, 0);
+    EXPECT_EQ(r.hetero(1), 1.0);
+}
+
+// The tolerance counts without qualitative columns, or when it is asked for.
+TEST(LogitTables, ToleranceOfTheScreen)
+{
+    LogitProblem q = RandomBinary(60, 2);
+    for (int i = 0; i < 60; ++i)
+        q.x[static_cast<size_t>(60 + i)] =
+            q.x[static_cast<size_t>(i)] + 1E-3 * q.x[static_cast<size_t>(60 + i)];
+    q.tolerance = 1E-4;
+    EXPECT_EQ(RunLogit(q).states, (Integers{0, 1}));
+    q.qualitative = 1;
+    EXPECT_EQ(RunLogit(q).states, (Integers{0, 0}));
+    q.info[kUseTolerance] = 1;
+    EXPECT_EQ(RunLogit(q).states, (Integers{0, 1}));
+}
+
+TEST(LogitTables, OddsRatiosUpTo702)
+{
+    LogitProblem q = RandomBinary(60, 1);
+    for (double unit : {100.0, 1000.0}) {
+        LogitProblem scaled = q;
+        for (double& x : scaled.x)
+            x /= unit;
+        const LogitResults r = RunLogit(scaled);
+        EXPECT_EQ(r.coefficients(2, kCoefUpper) >= 702.0, unit == 1000.0);
+        if (unit == 1000.0) {
+            for (int c = 7; c <= 9; ++c)
+                EXPECT_EQ(r.coefficients(2, c), kMissing);
+        } else {
+            ExpectClose(std::log(r.coefficients(2, 9)), r.coefficients(2, kCoefUpper), kRoundoff);
+            ExpectClose(std::log(r.coefficients(2, 8)), r.coefficients(2, kCoefLower), kRoundoff);
+        }
+    }
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-# Values for tests/frontend/command_test.py, from lm() on the example data and Anova() of the package car.
+# Values for tests/frontend/command_test.py, from lm() on the example data, Anova() of the package car, emmeans and mvtnorm.
 #
 #   Rscript tests/reference/frontend_values.R      (from the top of the checkout)
 #
@@ -190,5 +190,87 @@ reference("states weighted", Income ~ Illiteracy + Murder, states,
 reference("states product", Murder ~ Illiteracy + Frost + Illiteracy:Frost, states, otherTypeII = c("Illiteracy", "Frost"))
 
 heldOut("moore held out", conformity ~ partner.status + fcategory + partner.status:fcategory, moore, "sum", seq(3, 45, 3))
+
+# Category means, or LS means by emmeans, of one term, and a comparison of them. Contrasts are the smaller mean less the larger
+# one. `sizes` and `variances` are those of the categories.
+means <- function(case, fit, data, spec, kind = "means", procedure = NULL, control = NULL, tail = "two", alpha = 0.05, at = NULL) {
+  df <- fit$df.residual
+  cells <- interaction(data[spec], sep = "*", drop = TRUE)
+  if (kind == "means") {
+    w <- if (is.null(fit$weights)) rep(1, nrow(data)) else fit$weights
+    X <- model.matrix(fit)
+    L <- t(sapply(levels(cells), function(l) colSums((w * X)[cells == l, , drop = FALSE]) / sum(w[cells == l])))
+    names <- levels(cells)
+  } else {
+    grid <- suppressMessages(emmeans::emmeans(fit, spec, at = at))
+    L <- grid@linfct
+    names <- do.call(paste, c(grid@grid[spec], sep = "*"))
+  }
+  mean <- drop(L %*% coef(fit)); V <- L %*% vcov(fit) %*% t(L)
+  confidence <- sprintf("%.6g%%", 100 * (1 - alpha)); tq <- qt(1 - alpha / 2, df)
+  for (i in seq_along(names)) {
+    values <- c(mean[i], sqrt(V[i, i]), mean[i] - tq * sqrt(V[i, i]), mean[i] + tq * sqrt(V[i, i]))
+    heads <- c("Mean", "Standard error", paste("Lower", confidence), paste("Upper", confidence))
+    for (j in 1:4) emit(case, kind, names[i], heads[j], values[j])
+  }
+  k <- length(mean); y <- model.response(model.frame(fit))
+  n <- as.vector(table(cells)[names]); s2 <- as.vector(tapply(y, cells, var)[names])
+  show <- function(table, a, b, heads, values)
+    for (j in seq_along(values)) if (!is.na(values[j])) emit(case, table, paste(names[a], "-", names[b]), heads[j], values[j])
+  order <- order(mean); single <- c()
+  for (r1 in seq_len(k - 1)) for (r2 in k:(r1 + 1)) {
+    a <- order[r1]; b <- order[r2]
+    single <- c(single, 2 * pt(-abs((mean[a] - mean[b]) / sqrt(V[a, a] + V[b, b] - 2 * V[a, b])), df))
+  }
+  adjusted <- p.adjust(single, "BH"); row <- 0; barrier <- 0
+  if (!is.null(procedure)) for (r1 in seq_len(k - 1)) for (r2 in k:(r1 + 1)) {
+    a <- order[r1]; b <- order[r2]; row <- row + 1; pairs <- k * (k - 1) / 2
+    d <- mean[a] - mean[b]; se <- sqrt(V[a, a] + V[b, b] - 2 * V[a, b]); m <- r2 - r1 + 1
+    if (procedure == "snk") se <- sqrt(2 * summary(fit)$sigma^2 / (k / sum(1 / n)))
+    if (procedure == "games-howell") se <- sqrt(s2[a] / n[a] + s2[b] / n[b])
+    t <- d / se; level <- alpha; p <- 2 * pt(-abs(t), df)
+    if (procedure == "bonferroni") level <- alpha / pairs
+    if (procedure == "sidak") level <- 1 - (1 - alpha)^(1 / pairs)
+    critical <- qt(1 - level / 2, df)
+    range <- function(q, df) {
+      critical <<- qtukey(1 - alpha, q, df) / sqrt(2); p <<- ptukey(abs(t) * sqrt(2), q, df, lower.tail = FALSE)
+    }
+    if (procedure == "tukey") range(k, df)
+    if (procedure == "games-howell")
+      range(k, se^4 / ((s2[a] / n[a])^2 / (n[a] - 1) + (s2[b] / n[b])^2 / (n[b] - 1)))
+    if (procedure == "bh") { critical <- NA; p <- adjusted[row] }
+    if (procedure == "snk") {
+      if (m >= barrier) range(m, df) else critical <- p <- level <- NA
+      if (m < barrier || p >= alpha) barrier <- m
+    }
+    show(paste0(kind, "_contrasts"), a, b, c("Difference", "Standard error", "t", "Critical value", "Pr > |t|", "Level"),
+         c(d, se, t, critical, p, level))
+  }
+  if (!is.null(control)) {
+    others <- setdiff(seq_len(k), match(control, names)); c0 <- match(control, names)
+    lambda <- 1 / sqrt(n[c0] / n[others] + 1); R <- outer(lambda, lambda); diag(R) <- 1
+    law <- mvtnorm::GenzBretz(maxpts = 1e7, abseps = 1e-7); set.seed(1)
+    for (b in others) {
+      d <- mean[c0] - mean[b]; t <- d / sqrt(V[c0, c0] + V[b, b] - 2 * V[c0, b]); x <- switch(tail, two = abs(t), lower = -t, upper = t)
+      p <- 1 - mvtnorm::pmvt(if (tail == "two") rep(-x, k - 1) else rep(-Inf, k - 1), rep(x, k - 1), df = df, corr = R, algorithm = law)
+      show(paste0(kind, "_control"), c0, b, c("Difference", "Standard error", "t", "p-value"), c(d, d / t, t, p))
+    }
+  }
+}
+chicks <- read("chickwts.csv")
+oneWay <- lm(weight ~ feed, chicks)
+for (procedure in c("tukey", "lsd", "bonferroni", "sidak", "snk", "games-howell", "bh"))
+  means(paste("means chickwts", procedure), oneWay, chicks, "feed", procedure = procedure)
+for (tail in c("two", "lower", "upper"))
+  means(paste("means chickwts control", tail), oneWay, chicks, "feed", control = "casein", tail = tail, alpha = 0.1)
+twoWay <- lm(conformity ~ partner.status * fcategory, moore)
+means("means moore rows", twoWay, moore, "fcategory", procedure = "lsd")
+means("means moore", twoWay, moore, "fcategory", kind = "lsmeans", procedure = "tukey")
+means("means moore cells", twoWay, moore, c("partner.status", "fcategory"), kind = "lsmeans", procedure = "bonferroni", alpha = 0.01)
+states$w <- states$Population / mean(states$Population)
+ancova <- lm(Murder ~ Income + region, states, weights = w)
+means("means states", ancova, states, "region", kind = "lsmeans", procedure = "bh",
+      at = list(Income = weighted.mean(states$Income, states$w)))
+means("means states rows", ancova, states, "region", procedure = "sidak")
 
 write.csv(do.call(rbind, rows), "tests/reference/frontend_values.csv", row.names = FALSE, quote = 1:4)

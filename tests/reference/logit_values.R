@@ -138,7 +138,7 @@ one_block <- function(name, y, X, wc = rep(1, length(y)), form = 0, link = 0, st
   X <- as.matrix(X); p <- ncol(X); n <- length(y)
   info <- c(logdoses, 0, fixed, estimate || given, given, observed, profile, firth && separate == 0, 0, doses, 0)
   inputs(name, y, X, wc, rep(1, n), states, parents, type, D,
-         c(sum(type != 1), 2, form, link, 1e-13, 100, 1e-9, constraint, 0, alpha, cut), info, mortality, valid, new)
+         c(sum(type != 1), 2, form, link, if (firth) 1e-16 else 1e-13, 100, 1e-9, constraint, 0, alpha, cut), info, mortality, valid, new)
   free <- states == 0; pf <- sum(free)
   d <- list(X = X[, free, drop = FALSE], y = y, link = link, m = if (form == 1) wc else rep(1, n),
             w = if (form == 1) rep(1, n) else wc)

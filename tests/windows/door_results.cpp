@@ -128,11 +128,74 @@ void PrintFit(int run, double fixedIntercept)
     Print("oRMat", run, swept);
 }
 
+// Ranked means of four categories of six rows, and each test of their differences.
+void PrintComparisons()
+{
+    constexpr int kCategories = 4;
+    constexpr int kPairs = 6;
+    constexpr int kFirstTest = 1;
+    constexpr int kLastTest = 11;
+    Vector x(kN * kCategories), weights(kN, 1.0), sizes(kCategories, 6.0), variances{1.5, 0.25, 2.0, 1.0};
+    for (std::size_t i = 0; i < kN; ++i) {
+        x[kN * (i % kCategories) + i] = 1.0;
+    }
+    Vector coefficients{0.5, -1.25, 3.0, 0.0, 10.0}, covariance(25);
+    for (std::size_t i = 0; i < 5; ++i) {
+        for (std::size_t j = 0; j < 5; ++j) {
+            covariance[5 * i + j] = i == j ? 0.4 : i == 4 || j == 4 ? -0.2 : 0.2;
+        }
+    }
+    Integers columns{kCategories}, parents(kCategories, 1), removed(kCategories, 0), verdicts(kPairs);
+    Vector means(4 * kCategories), contrasts(10 * kPairs), ranks(kCategories);
+    int missing = 0;
+    Cpp_GetMeansContrastsStatVar2(x.data(),
+                                  weights.data(),
+                                  kRows,
+                                  kCategories,
+                                  kPairs,
+                                  1,
+                                  1,
+                                  1,
+                                  2,
+                                  columns.data(),
+                                  parents.data(),
+                                  removed.data(),
+                                  coefficients.data(),
+                                  covariance.data(),
+                                  0.05,
+                                  20.0,
+                                  means.data(),
+                                  contrasts.data(),
+                                  ranks.data(),
+                                  &missing);
+    Print("oMeans", 1, means);
+    Print("Ranks", 1, ranks);
+    for (int test = kFirstTest; test <= kLastTest; ++test) {
+        Vector tested = contrasts;
+        double level = 0.0;
+        MCATest(kCategories,
+                sizes.data(),
+                variances.data(),
+                0.4,
+                0,
+                tested.data(),
+                kPairs,
+                test,
+                20.0,
+                0.05,
+                &level,
+                verdicts.data());
+        Print("ioContrastsStats", test, tested);
+        Print("newalpha", test, {level});
+    }
+}
+
 }  // namespace
 
 int main()
 {
     PrintFit(1, 0.0);
     PrintFit(2, 1.0);
+    PrintComparisons();
     return 0;
 }

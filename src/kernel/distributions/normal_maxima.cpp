@@ -187,27 +187,6 @@ Chance RangeDensity(const ComparisonLaw& law, double w, double x)
     return {all.within, all.outside};
 }
 
-double WholePower(double base, int exponent)
-{
-    double power = 1;
-    for (int bit = exponent; bit > 0; bit /= 2) {
-        if (bit % 2 == 1) power *= base;
-        base *= base;
-    }
-    return power;
-}
-
-/** The same for k equal means in the closed form. */
-Chance EqualRangeDensity(int k, double w, double x)
-{
-    const Chance below = NormalChance(x);
-    const Chance far = NormalChance(x - w);
-    const double near = x > w ? far.outside - below.outside : below.inside - far.inside;
-    const Chance others = PowerOf({near / below.inside, far.inside / below.inside}, k - 1);
-    const double front = k * NormalDensity(x) * WholePower(below.inside, k - 1);
-    return {front * others.inside, front * others.outside};
-}
-
 /** Where the largest mean can lie when the range exceeds w: if it has standard deviation a and the least one b,
     about w a^2 / (a^2 + b^2). */
 Interval ReachOfLargestMean(double least, double most, double w)
@@ -235,13 +214,11 @@ double RangeTail(const ComparisonLaw& law, double t, Side side)
         most = std::fmax(most, group.spread);
     }
     const double w = t * RangeScale(law);
+    if (law.equalRange && side == Side::kUpper && w <= EqualRange::kWidest)
+        return law.equalRange->UpperTail(w);
     const Interval reach =
         side == Side::kUpper ? ReachOfLargestMean(least, most, w) : Interval{-kReach * most, kReach * most};
-    const int k = law.groups.front().members;
-    const bool isEqual = law.groups.size() == 1;
-    const auto integrand = [&](double x) {
-        return OfSide(isEqual ? EqualRangeDensity(k, w, x) : RangeDensity(law, w, x), side);
-    };
+    const auto integrand = [&](double x) { return OfSide(RangeDensity(law, w, x), side); };
     return IntegrateWithin(integrand, reach, FirstStep(least, law.comparisons));
 }
 
@@ -279,7 +256,7 @@ void Gather(std::vector<ComparisonGroup>& groups, double lambda, double spread)
 
 ComparisonLaw MakeComparisonLaw(ComparisonKind kind, const std::vector<double>& lambda)
 {
-    ComparisonLaw law = {kind, static_cast<int>(lambda.size()), {}};
+    ComparisonLaw law = {kind, static_cast<int>(lambda.size()), {}, std::nullopt};
     if (kind == ComparisonKind::kRange) Gather(law.groups, 0, 1);
     for (const double factor : lambda) {
         const double bounded = std::clamp(factor, -kMostLambda, kMostLambda);
@@ -289,6 +266,9 @@ ComparisonLaw MakeComparisonLaw(ComparisonKind kind, const std::vector<double>& 
         else
             Gather(law.groups, bounded, spread);
     }
+    const int k = law.comparisons + 1;
+    const bool isEqual = kind == ComparisonKind::kRange && law.groups.size() == 1;
+    if (isEqual && k >= EqualRange::kLeastMeans && k <= EqualRange::kMostMeans) law.equalRange.emplace(k);
     return law;
 }
 

@@ -2,7 +2,10 @@
     infinite degrees of freedom. */
 #pragma once
 
+#include <optional>
 #include <vector>
+
+#include "kernel/distributions/equal_range.h"
 
 namespace korvenrg::distributions {
 
@@ -33,6 +36,7 @@ struct ComparisonLaw
     ComparisonKind kind;
     int comparisons;  // k - 1
     std::vector<ComparisonGroup> groups;
+    std::optional<EqualRange> equalRange;  // of a range of equal means, when their number allows
 };
 
 /** The law that k means with the correlation factors lambda[0..k-2] follow; see comparison_laws.h. Factors

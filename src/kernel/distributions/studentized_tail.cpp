@@ -18,6 +18,9 @@ constexpr double kFarRatio = 1e100;     // of t to sqrt(df), from which 1 + rati
 constexpr double kWidestStep = 0.3;     // first step of the outer rule (tuned)
 constexpr double kStepInSpreads = 1.0;  // the same in spreads of the scale's logarithm (tuned)
 
+// Less confidence than this is looked for by the lower tail: one minus the upper one, which is faster, has lost a digit.
+constexpr double kLeastByUpperTail = 0.1;
+
 /** Density of y = log s, where df s^2 is chi-square:
         2 sqrt(a / (2 pi)) exp(-delta(a) + a (log(1 + v) - v)),  a = df / 2,  1 + v = s^2 = e^(2y),
     with the Stirling error delta: no large terms cancel. */
@@ -148,7 +151,7 @@ double StudentizedQuantile(const ComparisonLaw& law, double df, double confidenc
     df = std::fmax(df, kLeastScaleDf);
     const bool isOneSided = law.kind == ComparisonKind::kOneSided;
     QuantileGoal goal = {Side::kUpper, 1 - confidence, law.comparisons, isOneSided ? 1 : 2};
-    if (confidence < 0.5) goal = {Side::kLower, confidence, law.comparisons, goal.sides};
+    if (confidence < kLeastByUpperTail) goal = {Side::kLower, confidence, law.comparisons, goal.sides};
     if (!isOneSided || NormalMaximumTail(law, 0, Side::kLower) < confidence)
         return SearchComparisonQuantile(law, df, goal, {0, HUGE_VAL});
     goal.comparisons = 1;

@@ -1,8 +1,10 @@
 #include "kernel/linalg/letter_groups.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <vector>
 
@@ -11,11 +13,7 @@
 
 namespace {
 
-/** Columns of the table of letters. */
-constexpr std::size_t kMostGroups = 256;
-
-/** Groups held on the way; the splits still to come can merge some of them again. */
-constexpr std::size_t kMostGroupsOnTheWay = 1024;
+constexpr std::size_t kMostGroups = korvenrg::linalg::kMostLetterGroups;
 
 /** Whether each row belongs. */
 using Group = std::vector<bool>;
@@ -69,7 +67,7 @@ PairVerdicts ReadVerdicts(const matrix<double>& contrasts,
         rowOf.try_emplace(ranks.vbget(i), static_cast<std::size_t>(i - 1));
     }
     PairVerdicts verdicts(static_cast<std::size_t>(p));
-    const int count = std::min(contrasts.rows, p * (p - 1) / 2);
+    const int count = std::min(contrasts.rows, korvenrg::linalg::CountOfPairs(p));
     for (int k = 1; k <= count; ++k) {
         const auto first = rowOf.find(contrasts.vbget(k, ID1));
         const auto second = rowOf.find(contrasts.vbget(k, ID2));
@@ -79,78 +77,76 @@ PairVerdicts ReadVerdicts(const matrix<double>& contrasts,
     return verdicts;
 }
 
-// The rows that have a mean.
-std::vector<std::size_t> RowsWithMean(const matrix<double>& table, int p)
+bool AllTested(const PairVerdicts& verdicts, std::size_t p)
 {
-    std::vector<std::size_t> rows;
-    for (int i = 1; i <= p; ++i) {
-        if (!korvenrg::IsMissing(table.vbget(i, 1))) rows.push_back(static_cast<std::size_t>(i - 1));
-    }
-    return rows;
-}
-
-bool AllTested(const PairVerdicts& verdicts, const std::vector<std::size_t>& rows)
-{
-    for (const std::size_t i : rows) {
-        for (const std::size_t j : rows) {
-            if (i < j && !verdicts.Tested(i, j)) return false;
+    for (std::size_t i = 0; i < p; ++i) {
+        for (std::size_t j = i + 1; j < p; ++j) {
+            if (!verdicts.Tested(i, j)) return false;
         }
     }
     return true;
 }
 
-bool LiesInside(const Group& inner, const Group& outer)
+// Whether row v differs from a member of the group.
+bool Differs(const PairVerdicts& verdicts, const Group& group, std::size_t v)
 {
-    for (std::size_t i = 0; i < inner.size(); ++i) {
-        if (inner[i] && !outer[i]) return false;
+    for (std::size_t u = 0; u < group.size(); ++u) {
+        if (group[u] && verdicts.Significant(u, v)) return true;
     }
-    return true;
+    return false;
 }
 
-// Adds a group unless it lies inside one that is there; drops those that lie inside it.
-void InsertAndAbsorb(std::vector<Group>& groups, Group added)
+// The first row from `start` on, and before `end`, that could join the group; end when there is none.
+std::size_t NextToJoin(const PairVerdicts& verdicts, const Group& group, std::size_t start, std::size_t end)
 {
-    const auto holdsAdded = [&](const Group& group) { return LiesInside(added, group); };
-    if (std::any_of(groups.begin(), groups.end(), holdsAdded)) return;
-    std::erase_if(groups, [&](const Group& group) { return LiesInside(group, added); });
-    groups.push_back(std::move(added));
+    while (start < end && (group[start] || Differs(verdicts, group, start))) {
+        ++start;
+    }
+    return start;
 }
 
-// Every group with both i and j becomes two, one without i and one without j.
-void Split(std::vector<Group>& groups, std::size_t i, std::size_t j)
+// The group with each row that can still join it, the first rows first.
+Group Completed(const PairVerdicts& verdicts, Group group)
 {
-    std::vector<Group> split;
-    std::erase_if(groups, [&](const Group& group) {
-        if (!group[i] || !group[j]) return false;
-        split.push_back(group);
-        return true;
-    });
-    for (const std::size_t without : {i, j}) {
-        for (Group part : split) {
-            part[without] = false;
-            InsertAndAbsorb(groups, std::move(part));
-        }
+    const std::size_t p = group.size();
+    for (std::size_t v = NextToJoin(verdicts, group, 0, p); v < p; v = NextToJoin(verdicts, group, v + 1, p))
+    {
+        group[v] = true;
     }
+    return group;
 }
 
-std::optional<std::vector<Group>> FormGroups(const PairVerdicts& verdicts,
-                                             const std::vector<std::size_t>& rows,
-                                             std::size_t p)
+// The group's rows before j that do not differ from j, with j. Empty when j belongs to the group, or differs from none
+// of those rows, or when another row before j could join.
+Group TurnedAt(const PairVerdicts& verdicts, const Group& group, std::size_t j)
 {
-    Group all(p, false);
-    for (const std::size_t i : rows) {
-        all[i] = true;
+    Group turned(group.size(), false);
+    bool differs = false;
+    for (std::size_t u = 0; u < j && !group[j]; ++u) {
+        if (!group[u]) continue;
+        turned[u] = !verdicts.Significant(u, j);
+        differs = differs || !turned[u];
     }
+    if (!differs) return Group();
+    turned[j] = true;
+    return NextToJoin(verdicts, turned, 0, j) == j ? turned : Group();
+}
+
+// All groups to which no row can be added, those that hold the first rows first; none when there are too many.
+std::optional<std::vector<Group>> FormGroups(const PairVerdicts& verdicts, std::size_t p)
+{
     std::vector<Group> groups;
-    if (!rows.empty()) groups.push_back(all);
-    for (const std::size_t i : rows) {
-        for (const std::size_t j : rows) {
-            if (i < j && verdicts.Significant(i, j)) Split(groups, i, j);
-            if (groups.size() > kMostGroupsOnTheWay) return std::nullopt;
+    std::set<Group, std::greater<>> found;
+    if (p > 0) found.insert(Completed(verdicts, Group(p, false)));
+    while (!found.empty()) {
+        if (groups.size() == kMostGroups) return std::nullopt;
+        groups.push_back(*found.begin());
+        found.erase(found.begin());
+        for (std::size_t j = 0; j < p; ++j) {
+            const Group turned = TurnedAt(verdicts, groups.back(), j);
+            if (!turned.empty()) found.insert(Completed(verdicts, turned));
         }
     }
-    if (groups.size() > kMostGroups) return std::nullopt;
-    std::sort(groups.begin(), groups.end(), std::greater<>());
     return groups;
 }
 
@@ -168,6 +164,12 @@ void WriteLetters(const std::vector<Group>& groups, int p, matrix<std::wstring>&
 }  // namespace
 
 namespace korvenrg::linalg {
+
+int CountOfPairs(int p)
+{
+    constexpr int kMostCategories = 65536;
+    return p < 0 || p > kMostCategories ? 0 : static_cast<int>(std::int64_t{p} * (p - 1) / 2);
+}
 
 std::wstring GroupLetters(int number)
 {
@@ -195,10 +197,10 @@ short BuildGroupingForDiffs(matrix<double>* iVect,
 {
     p = std::max(p, 0);
     SortByMean(iVect, nbcols, p, Ranks, iSort, iSortDown);
-    const std::vector<std::size_t> rows = RowsWithMean(*iVect, p);
     const PairVerdicts verdicts = ReadVerdicts(*ContrastsStats, ID1, ID2, *Signif, *Ranks, p);
     std::optional<std::vector<Group>> groups;
-    if (AllTested(verdicts, rows)) groups = FormGroups(verdicts, rows, static_cast<std::size_t>(p));
+    const auto rows = static_cast<std::size_t>(p);
+    if (AllTested(verdicts, rows)) groups = FormGroups(verdicts, rows);
     const std::vector<Group> formed = groups.value_or(std::vector<Group>());
     WriteLetters(formed, p, *GTable);
     *pG = static_cast<int>(formed.size());

@@ -9,12 +9,10 @@
  * Groups of categories such that two categories share a group exactly when their difference is not
  * significant.
  *
- * Insert and absorb (Piepho 2004, "An algorithm for a letter-based representation of all-pairwise
- * comparisons"): one group of all categories is split by each significant pair, and groups that lie inside
- * another are dropped. The groups are ordered by their members, those that hold the first row first, and
- * called A, B, ..., Z, AA, AB, ...
- *
- * A category whose mean is missing takes no part: it gets no letter and its contrasts are not looked at.
+ * The groups are all those to which no category can be added, as insert and absorb makes them (Piepho 2004, "An
+ * algorithm for a letter-based representation of all-pairwise comparisons"). They are listed in their order, those
+ * that hold the first row first (Johnson, Yannakakis and Papadimitriou 1988, "On generating all maximal independent
+ * sets"), so that no table of verdicts takes long, and called A, B, ..., Z, AA, AB, ...
  *
  * @param iVect           p x nbcols, in/out: the table of categories, means in column 1; sorted when asked
  *                        for
@@ -29,7 +27,7 @@
  * @param iSort           true (-1): the rows of iVect and Ranks are sorted by mean first; false or null: they
  *                        stay
  * @param iSortDown       true (-1): descending means, otherwise ascending
- * @return true (-1); false (0) when no grouping could be made: a pair was not tested (verdict -1, or no
+ * @return true (-1); false (0) when no grouping could be made: a pair was not tested (a verdict of -1, or no
  * contrast of it), or there would be more than 256 groups. GTable is empty then.
  */
 short BuildGroupingForDiffs(matrix<double>* iVect,
@@ -46,6 +44,12 @@ short BuildGroupingForDiffs(matrix<double>* iVect,
                             short iSortDown);
 
 namespace korvenrg::linalg {
+
+/** Number of pairs of p categories: p (p - 1) / 2; 0 for a negative p, and for one whose pairs no int counts. */
+int CountOfPairs(int p);
+
+/** Columns of the table of letters. */
+inline constexpr int kMostLetterGroups = 256;
 
 /** The name of the number-th group, from 1: A to Z, AA to ZZ, ... */
 std::wstring GroupLetters(int number);

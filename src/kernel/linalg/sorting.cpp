@@ -125,13 +125,38 @@ void SortHalfKeys(Entries entries, Entries spare)
     }
 }
 
+/** How keys stand: in the order wanted, each strictly behind its successor, or neither. */
+enum class Arrangement
+{
+    kSorted,
+    kReversed,
+    kMixed
+};
+
 /** Rows from `first` on, counted from 1, in the order that they are to get. */
 struct RowOrder
 {
     int first;
-    std::vector<Entry> entries;  ///< Place: the row counted from `first`
+    int count;
+    Arrangement before;
+    std::vector<Entry> entries;  ///< of mixed keys; Place: the row counted from `first`
     std::vector<Entry> spare;    ///< as many cells, for the steps that need a second array
 };
+
+template <typename BitsOf>
+Arrangement ArrangementOf(int count, const BitsOf& bitsOf)
+{
+    bool sorted = true;
+    bool reversed = true;
+    std::uint64_t before = count > 0 ? bitsOf(0) : 0;
+    for (int k = 1; k < count && (sorted || reversed); ++k) {
+        const std::uint64_t bits = bitsOf(k);
+        sorted = sorted && before <= bits;
+        reversed = reversed && before > bits;
+        before = bits;
+    }
+    return sorted ? Arrangement::kSorted : reversed ? Arrangement::kReversed : Arrangement::kMixed;
+}
 
 // The order of count keys; bitsOf(k) are the ordered bits of the k-th, from 0. Sorted by the upper half of
 // the keys first; runs that have it in common are then sorted by the lower half.
@@ -139,7 +164,11 @@ template <typename BitsOf>
 RowOrder SortedKeys(int first, int count, const BitsOf& bitsOf)
 {
     const auto size = static_cast<std::size_t>(std::max(count, 0));
-    RowOrder order{first, std::vector<Entry>(size), std::vector<Entry>(size)};
+    RowOrder order{first,
+                   std::max(count, 0),
+                   Arrangement::kMixed,
+                   std::vector<Entry>(size),
+                   std::vector<Entry>(size)};
     for (int k = 0; k < count; ++k) {
         order.entries[static_cast<std::size_t>(k)] = Packed(bitsOf(k) >> 32, static_cast<std::uint64_t>(k));
     }
@@ -166,9 +195,10 @@ RowOrder OrderOfRows(const matrix<T>& key, int n, int col, int first, int last, 
 {
     first = std::max(first, 1);
     const int count = std::min(last, n) - first + 1;
-    return SortedKeys(first, count, [&](int k) {
-        return OrderedBits(key.vbget(first + k, col), descending);
-    });
+    const auto bitsOf = [&](int k) { return OrderedBits(key.vbget(first + k, col), descending); };
+    const Arrangement before = ArrangementOf(count, bitsOf);
+    if (before == Arrangement::kMixed) return SortedKeys(first, count, bitsOf);
+    return {first, std::max(count, 0), before, {}, {}};
 }
 
 std::uint64_t CellBits(double value)
@@ -191,11 +221,27 @@ T CellOf(std::uint64_t bits)
     }
 }
 
+template <typename T>
+void ReverseRows(matrix<T>& table, int cols, int first, int count)
+{
+    for (int j = 1; j <= cols; ++j) {
+        for (int low = first, high = first + count - 1; low < high; ++low, --high) {
+            const T cell = table.vbget(low, j);
+            table.vbset(low, j, table.vbget(high, j));
+            table.vbset(high, j, cell);
+        }
+    }
+}
+
 // A column at a time: its cells in their new order go into the spare array, and back.
 template <typename T>
 void MoveRows(matrix<T>* table, int cols, RowOrder& order)
 {
-    if (table == nullptr) return;
+    if (table == nullptr || order.before == Arrangement::kSorted) return;
+    if (order.before == Arrangement::kReversed) {
+        ReverseRows(*table, cols, order.first, order.count);
+        return;
+    }
     for (int j = 1; j <= cols; ++j) {
         for (std::size_t k = 0; k < order.spare.size(); ++k) {
             order.spare[k] = CellBits(table->vbget(order.first + Place(order.entries[k]), j));
@@ -266,7 +312,7 @@ void SortMatrixSeqQ(matrix<int>* table, int rows, int cols, short descending)
 {
     if (table == nullptr || rows < 1) return;
     const auto size = static_cast<std::size_t>(rows);
-    RowOrder order{1, std::vector<Entry>(size), std::vector<Entry>(size)};
+    RowOrder order{1, rows, Arrangement::kMixed, std::vector<Entry>(size), std::vector<Entry>(size)};
     std::iota(order.entries.begin(), order.entries.end(), Entry{0});
     std::sort(order.entries.begin(), order.entries.end(), [&](Entry a, Entry b) {
         return RowComesFirst(*table, cols, Place(a) + 1, Place(b) + 1, descending == korvenrg::kTrue);

@@ -1,6 +1,7 @@
 // The laws of multiple comparisons: oracle and R values, closed forms, quantiles as inverses, ends and bad arguments.
 
 #include "kernel/distributions/comparison_laws.h"
+#include "kernel/distributions/equal_range.h"
 
 #include <gtest/gtest.h>
 
@@ -84,6 +85,33 @@ TEST(ComparisonLaws, UpperTailsMatchTheOracleAndR)
     for (const ComparisonRow& row : kFromR) {
         SCOPED_TRACE(testing::Message() << "R, law " << row.law << " k " << row.k << " df " << row.df);
         EXPECT_NEAR(PValueOf(row), row.upper, 2 * row.error);
+    }
+}
+
+// k phi(x) Phi(x)^(k-1) (1 - (1 - Phi(x - w) / Phi(x))^(k-1)) by a fine trapezoidal rule in long doubles.
+long double RangeTailByFineRule(int k, double w)
+{
+    const auto below = [](long double x) { return 0.5L * erfcl(-x * sqrtl(0.5L)); };
+    constexpr long double kFineStep = 1.0L / 128;
+    long double sum = 0;
+    for (long double x = -12; x < 24; x += kFineStep) {
+        const long double all = expl((k - 1) * logl(below(x)));
+        const long double any = -expm1l((k - 1) * log1pl(-below(x - w) / below(x)));
+        sum += expl(-0.5L * x * x) * all * any;
+    }
+    return k * 0.39894228040143267794L * sum * kFineStep;
+}
+
+// At the ends of the ranges of k that share a step, from the certain to the all but impossible.
+TEST(ComparisonLaws, EqualRangeOnItsGrid)
+{
+    using korvenrg::distributions::EqualRange;
+    for (const int k : {3, 10, 11, 30, 31, 200, 201, EqualRange::kMostMeans}) {
+        const EqualRange range(k);
+        for (const double w : {0.01, 0.7, 2.97, 3.0, 3.03, 6.28, 11.0, EqualRange::kWidest}) {
+            SCOPED_TRACE(testing::Message() << "k " << k << " w " << w);
+            ExpectClose(range.UpperTail(w), static_cast<double>(RangeTailByFineRule(k, w)), kTail);
+        }
     }
 }
 

@@ -88,6 +88,25 @@ TEST(Sorting, DescendingKeysTurnRoundStably)
     EXPECT_EQ(korvenrg::linalg::SortedOrder(keys, 9, true), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
+// A range whose keys stand in reverse, without and with a tie: the rows around it stay, and tied rows keep their order.
+TEST(Sorting, ReversedRangesTakeTheirRowsAlong)
+{
+    struct
+    {
+        int last;
+        std::vector<int> rows;
+    } const ranges[] = {{5, {1, 5, 4, 3, 2, 6, 7}}, {6, {1, 6, 5, 4, 3, 2, 7}}, {7, {1, 6, 7, 5, 4, 3, 2}}};
+    for (const auto& [last, rows] : ranges) {
+        matrix<double> key(7, 1);
+        Fill(key, {0, 9, 7, 5, 4, 3, 3});
+        matrix<double> table(7, 1);
+        Fill(table, {1, 2, 3, 4, 5, 6, 7});
+        SortQ<double>(&table, 7, 1, 2, last, &key, nullptr, 0, kFalse, kTrue);
+        EXPECT_EQ(Cells(table), std::vector<double>(rows.begin(), rows.end())) << last;
+        EXPECT_TRUE(std::is_sorted(key.data + 1, key.data + last)) << last;
+    }
+}
+
 // Long enough for the digit passes: against the standard library's stable sort, with many ties, all decades,
 // and two thousand keys that differ in their last bits only.
 TEST(Sorting, LongVectorsAgreeWithAStableSort)
