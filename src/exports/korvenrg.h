@@ -942,6 +942,30 @@ KORVENRG_API void Cpp_identifyRemoved2(
 /* ---- logistic models ---- */
 
 /**
+ * The ROC curve of a score and the area under it. The threshold rises through the sorted scores: row 1 is (1, 1), and
+ * each observation takes its weight off the false-positive rate (class 0) or the sensitivity (class 1). The area adds up
+ * the rectangles below the steps. Equal scores count one by one, in the order of their rows. An observation whose class
+ * is missing or NaN is skipped: its row is (0, 0), and the next one goes on from there.
+ *
+ * Source of the method: Hanley and McNeil 1982, "The meaning and use of the area under a receiver operating
+ * characteristic (ROC) curve".
+ */
+KORVENRG_API void VB_ROCCurve(
+    double* iProb,              /**< [in; n x iNbClass] scores; column 2 is read, that of class 1 */
+    double* iClassCode,         /**< [in; n] class, 0 or 1; for grouped data the events among the trials of W */
+    double* W,                  /**< [in; n] weights or trials */
+    int n,                      /**< [in] number of observations; below 1 the curve is its first row and the area 0 */
+    int p,                      /**< [in] ignored */
+    double iCutPoint,           /**< [in] ignored */
+    int iNbClass,               /**< [in] columns of iProb; below 2 all scores count as equal */
+    double Total1,              /**< [in] weight of class 0; 0 gives cells that are not finite */
+    double Total2,              /**< [in] weight of class 1; 0 gives cells that are not finite */
+    VARIANT_BOOL iCodeIsBinary, /**< [in] -1: iClassCode is 0 or 1; otherwise events */
+    double* oROCTable,          /**< [out; (n+1) x 2] false-positive rate, sensitivity */
+    double* oAOC                /**< [out; 1] area under the curve */
+);
+
+/**
  * One logistic regression: binary, binomial (grouped) or multinomial response; logit, probit, complementary log-log or
  * log-log link; with a natural mortality, Firth's penalised likelihood, a selection of variables and the tables of a
  * report. K is NbCategY - 1, the number of response categories beside the reference.
@@ -1053,14 +1077,125 @@ KORVENRG_API int Cpp_RunMLOG(
     double* oClassTable, /**< [out; (NbCategY+1) x (NbCategY+2)] rows observed, columns predicted; then totals and
     percent correct as a share of 1. K = 1: counts under Wc. Otherwise rows are weighted and column totals count
     observations; the last cell is the mean of the percents */
-    double* oROCTable, /**< [out; (n+1) x 2] not written */
-    double* oAOC, /**< [out; 1] not written */
+    double* oROCTable, /**< [out; (n+1) x 2] K = 1: ROC curve of the fitted probabilities, as VB_ROCCurve writes it */
+    double* oAOC, /**< [out; 1] K = 1: area under the curve */
     double* oProbaTable1, /**< [out; 13 x 6] probability (1, 5, 10, 20 .. 90, 95, 99 percent), dose, Fieller's bounds
     (missing unless the dose lies between them), and, unless oHetero is 1, bounds under heterogeneity. A probability
     below the mortality gives missing cells */
     double* oProbaTable2, /**< [out; 99 x 5] for 1 to 99 percent: Fieller's bounds with the heterogeneity, the same with
     the multiplier of column 5 of oProbaTable1 (stay when oHetero is 1), probability */
     VARIANT_BOOL* oSeparate /**< [out; 1] -1: a level is empty in some category */
+);
+
+/**
+ * Hosmer-Lemeshow test of fit. Observations in the order of their expected values are gathered in groups of about a tenth
+ * of the weight, equal expected values together; a group's chi-square is (o - e)^2 / ((1 - e/m) e) with its observed and
+ * expected sums and its weight m, cut to a whole number. Weights are not sorted with the rows: weight i counts for the
+ * i-th sorted row. Groups after the eleventh are not kept; groups without expected value add nothing.
+ *
+ * Source of the method: Hosmer and Lemeshow 1980, "Goodness of fit tests for the multiple logistic regression model".
+ */
+KORVENRG_API void Cpp_HLTest(
+    int n,             /**< [in] number of observations; below 1 there is no group */
+    double* iProba,    /**< [in; n x 2] observed and expected value (counts for grouped data) */
+    double* iWc,       /**< [in; n] case weights or trials */
+    double* oTestTable /**< [out; 3] chi-square, number of groups less 2, Pr > chi-square; the first and third are missing
+                            when the chi-square is at most 1E-12 or not a number */
+);
+
+/**
+ * Marginal effects of the columns of a logistic model at the means, with standard errors by the delta method.
+ *
+ * The effect of a quantitative column is (1 - c) b f(eta), with c the mortality, b its slope and f the density of the
+ * link; that of a column of a qualitative factor (type 2 or 4) is (1 - c) times the difference of F between the means
+ * with the column at 1, and the means with it and all later columns that share one of its levels at 0. Derivatives are
+ * taken by the coefficients in the model and leave the factor 1 - c out; that of a quantitative effect by the intercept
+ * is (1 - 2F) b f for every link.
+ *
+ * Columns stand in the order of the active factors. A column is cleaned out when its state in iFactSubCleaned is neither
+ * 0 nor 40000. Where iFactNbSubInit counts p columns in active factors, cleaned ones keep their cells in the arrays of p,
+ * and their rows of the table stay; where it counts more, iFactSubCleaned has a state for each of them, and the arrays of
+ * p hold the columns that are not cleaned.
+ *
+ * Source of the method: Greene 2012, "Econometric Analysis", chapter 17.
+ */
+KORVENRG_API void Cpp_GetLogMarginalEffects(
+    double* iCoefficients,   /**< [in; p+1, intercept first] intercept, then slopes */
+    int p,                   /**< [in] number of columns; below 1 nothing is done */
+    double* iVarCov,         /**< [in; (p+1) x (p+1)] covariance of the slopes, then the intercept */
+    double* iMeans,          /**< [in; p] means of the columns */
+    int iInterlevel,         /**< [in] columns of iFactListVars; interactions of more variables share no level */
+    int iNbFactors,          /**< [in] number of factors */
+    double iMortality,       /**< [in] natural mortality */
+    int iModelType,          /**< [in] link: 0 logit, 1 probit, 2 complementary log-log, 3 log-log; others as 0 */
+    double alpha,            /**< [in] 1 less the level of the intervals */
+    int* iFactActive,        /**< [in; iNbFactors] 1: the factor has columns */
+    int* iFactType,          /**< [in; iNbFactors] type of each factor */
+    int* iFactNbVars,        /**< [in; iNbFactors] number of variables of each factor */
+    int* iFactListVars,      /**< [in; iNbFactors x iInterlevel] their numbers */
+    int* iFactNbSubInit,     /**< [in; iNbFactors] columns of each factor before cleaning */
+    int* iFactSubRemoved,    /**< [in; p] 0: the column is in the model */
+    int* iFactSubCleaned,    /**< [in; p] states after cleaning, see above */
+    double* oMarginalEffects /**< [out; p x 6] effect, standard error, z, upper tail of z (one-sided, so close to 1 for a
+                                  negative effect), lower and upper bound; all but the effect are missing where the
+                                  variance is at most eps, and for a removed column, whose effect is 0 */
+);
+
+/**
+ * The marginal effect of one column at the means, as Cpp_GetLogMarginalEffects defines it, with its derivatives by the
+ * coefficients.
+ *
+ * Columns before cleaning number pInit. Where that is more than p, those with state 50000 in iFactSubRemovedInit have no
+ * cell in the arrays of p; otherwise cleaned columns keep theirs and are told by iFactSubCleaned.
+ *
+ * Returns the effect; 0, with derivatives of 0, when idx is not within 1 and p or jdx not within 1 and pInit.
+ */
+KORVENRG_API double Cpp_GetLogDerivX(
+    int idx,                  /**< [in] number of the column among the p, from 1 */
+    int idxclean,             /**< [in] its number among the columns in the model; follows from idx and is not read */
+    int jdx,                  /**< [in] its number before cleaning, from 1 */
+    double* iCoefficients,    /**< [in; p+1] intercept, then slopes */
+    int p,                    /**< [in] number of columns */
+    int pInit,                /**< [in] number of columns before cleaning */
+    double* iMeans,           /**< [in; p] means of the columns */
+    int iInterlevel,          /**< [in] columns of iFactListVars; interactions of more variables share no level */
+    double iMortality,        /**< [in] natural mortality */
+    int iModelType,           /**< [in] link, as in Cpp_GetLogMarginalEffects */
+    int iNbFactors,           /**< [in] number of factors */
+    int* iFactActive,         /**< [in; iNbFactors] 1: the factor is in the model */
+    int* iFactType,           /**< [in; iNbFactors] type of each factor; 2 and 4 are qualitative */
+    int* iFactNbVars,         /**< [in; iNbFactors] number of variables of each factor */
+    int* iFactListVars,       /**< [in; iNbFactors x iInterlevel] their numbers */
+    int* iFactNbSubInit,      /**< [in; iNbFactors] columns of each factor before cleaning */
+    int* iFactSubRemoved,     /**< [in; p] 0: the column is in the model */
+    int* iFactSubCleaned,     /**< [in; p] states after cleaning; read when pInit is at most p */
+    int* iFactSubRemovedInit, /**< [in; pInit] states before cleaning; above 0: not in the model, 50000: cleaned out */
+    int* iFactSubParentsInit, /**< [in; pInit] factor of each column before cleaning */
+    double* oVectDxDy         /**< [out; p+1] derivatives by the slopes, 0 outside the model, then by the intercept */
+);
+
+/**
+ * The coefficients of a logistic model for new variables that are linear combinations of its columns, such as those
+ * behind principal components: c = L b, divided by Stdev under Normed, and the intercept a - sum of Mean * c.
+ *
+ * Both tables have the columns value, standard error, Wald chi-square, Pr > chi-square, lower and upper bound. A
+ * variance that is not positive counts as 0.
+ */
+KORVENRG_API void ComputeCoeffStatsLog(
+    double* LCombines,       /**< [in; nVar x p] the combinations */
+    int nVar,                /**< [in] number of new variables */
+    int p,                   /**< [in] number of slopes */
+    double* Coefficients,    /**< [in; p+2] slopes, intercept, mortality (not read) */
+    double* Mean,            /**< [in; nVar] means of the new variables */
+    double* Stdev,           /**< [in; nVar] their standard deviations; 0 under Normed gives cells that are not finite */
+    double StdevY,           /**< [in] divisor of the standardised coefficients, c * Stdev / StdevY */
+    VARIANT_BOOL Normed,     /**< [in] -1: the combinations are of variables divided by Stdev */
+    double* VarCov,          /**< [in; (p+2) x (p+2)] covariance of Coefficients */
+    double alpha,            /**< [in] 1 less the level of the intervals */
+    double* NewCoefStats,    /**< [out; (nVar+1) x 6] intercept, then the new variables; columns 3 to 6 are missing
+                                  without a standard error */
+    double* BetaCoefficients /**< [out; nVar x 6] standardised coefficients; the same for a standard error of at most
+                                  eps */
 );
 
 #ifdef __cplusplus

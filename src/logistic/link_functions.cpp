@@ -11,6 +11,13 @@ constexpr double kLargestReported = 0.9999999999999999;
 
 }  // namespace
 
+LinkValues LogitLinkValues(int link, double eta)
+{
+    return WithLink(link, [&]<LinkCode kLink>() {
+        return LinkValuesOf<kLink>(eta, LinkProbabilityOf<kLink>(eta));
+    });
+}
+
 double LogitLinkCDF(int link, double eta, double mortality)
 {
     const double F = WithLink(link, [&]<LinkCode kLink>() { return LinkProbabilityOf<kLink>(eta); });

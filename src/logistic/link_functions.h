@@ -76,6 +76,9 @@ auto WithLink(int link, Body body)
     }
 }
 
+/** F(eta) and its derivatives for a link code. */
+LinkValues LogitLinkValues(int link, double eta);
+
 /** Probability at a linear predictor: the link, then the mortality, kept within 1E-16 and 0.9999999999999999. */
 double LogitLinkCDF(int link, double eta, double mortality);
 

@@ -286,6 +286,7 @@ int RunMLOG(int n,
     WriteCoefficientTables(run);
     WritePredictions(run, SampleOf(run), run.work, *oPredResid);
     WriteClassification(run, SampleOf(run), run.work, *oClassTable);
+    WriteRocCurve(run);
     PredictOtherSamples(run);
     WriteDoseTables(run);
     return kFinished;
