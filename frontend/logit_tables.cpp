@@ -75,8 +75,12 @@ ResultTable TestTable(const LogitFit& fit)
                       {{"DF"}, {"Chi-square"}, {"Pr > chi-square", ColumnKind::kProbability}},
                       {}};
     std::size_t row = 0;
-    for (const char* name : {"Likelihood ratio", "Score", "Wald"})
-        table.rows.push_back({name, RowOf(fit.tests, row++), ""});
+    for (const char* name : {"Likelihood ratio", "Score", "Wald"}) {
+        std::vector<double> cells = RowOf(fit.tests, row++);
+        // with a mortality the information at the null model need not be positive, and the score is then no test
+        if (cells[1] < 0.0) cells = {cells[0], kMissing, kMissing};
+        table.rows.push_back({name, std::move(cells), ""});
+    }
     table.rows.push_back(
         {"Fit (Hosmer-Lemeshow)", {fit.hosmer(1, 0), fit.hosmer(0, 0), fit.hosmer(2, 0)}, ""});
     return table;
