@@ -81,6 +81,8 @@ void AppendText(std::string& line, const std::string& text)
     line.push_back('"');
 }
 
+}  // namespace
+
 std::string CsvText(const ResultTable& table)
 {
     std::string text;
@@ -103,7 +105,13 @@ std::string CsvText(const ResultTable& table)
     return text;
 }
 
-}  // namespace
+void WriteTextFile(const std::string& text, const std::string& path)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) throw UserError(fmt::format("cannot write {}", path));
+}
 
 void WriteCsvFiles(const std::vector<ResultTable>& tables, const std::string& folder)
 {

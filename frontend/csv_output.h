@@ -14,6 +14,12 @@ namespace korvenrg::frontend {
  * and then leaves no unfinished file behind. */
 void WriteCsvFiles(const std::vector<ResultTable>& tables, const std::string& folder);
 
+/** One table as CSV text. */
+std::string CsvText(const ResultTable& table);
+
+/** Writes a text file. Throws UserError when that fails. */
+void WriteTextFile(const std::string& text, const std::string& path);
+
 }  // namespace korvenrg::frontend
 
 #endif

@@ -1,5 +1,5 @@
 /**
- * korven: reads a CSV file, fits a linear model through the doors of the shared library, prints the report.
+ * korven: reads a CSV file, fits a linear or logistic model through the doors of the shared library, prints the report.
  *
  * Exit codes: 0 done, 1 the request or the data make no model (one line on stderr), 2 the command line is
  * wrong.
@@ -16,9 +16,11 @@
 #include <utility>
 
 #include "csv_output.h"
+#include "logit_tables.h"
 #include "new_rows.h"
 #include "prediction.h"
 #include "report.h"
+#include "roc_plot.h"
 #include "term_tables.h"
 #include "user_error.h"
 
@@ -204,9 +206,6 @@ void AddModelOptions(CLI::App& command, Options& options)
                     options.qualitative,
                     "a column whose values are categories; may be repeated")
         ->allow_extra_args(false);
-    command.add_option("--weights",
-                       options.weights,
-                       "column of regression weights, 0 or more; scaled to mean 1");
     static const std::map<std::string, Constraint> kConstraints{{"first", Constraint::kFirst},
                                                                 {"last", Constraint::kLast},
                                                                 {"sum", Constraint::kSum},
@@ -218,8 +217,6 @@ void AddModelOptions(CLI::App& command, Options& options)
             "what makes the effects of categories unique: first or last has effect 0, or the "
             "(weighted) sum of effects is 0 [first]")
         ->check(CLI::IsMember({"first", "last", "sum", "weighted"}));
-    command.add_option("--intercept", options.intercept, "fixes the intercept at this value")
-        ->check(CLI::Validator(CheckFinite, "", ""));
     command.add_option("--alpha", options.alpha, "1 - confidence of the intervals [0.05]")
         ->check(CLI::Validator(CheckProbability, "", ""));
     command
@@ -229,6 +226,16 @@ void AddModelOptions(CLI::App& command, Options& options)
             "smallest tolerance (1 - R squared on the columns before it) at which a column still enters; the "
             "default keeps out what is a linear combination but for rounding [1e-12]")
         ->check(CLI::Range(0.0, 1.0).description(""));
+    command.add_flag("--cases", options.showCases, "prints predictions, residuals and influence of each row");
+}
+
+void AddLinearOptions(CLI::App& command, Options& options)
+{
+    command.add_option("--weights",
+                       options.weights,
+                       "column of regression weights, 0 or more; scaled to mean 1");
+    command.add_option("--intercept", options.intercept, "fixes the intercept at this value")
+        ->check(CLI::Validator(CheckFinite, "", ""));
     AddSelectionOptions(command, options);
     command
         .add_option_function<std::string>(
@@ -246,7 +253,6 @@ void AddModelOptions(CLI::App& command, Options& options)
     command.add_option("--predict",
                        options.predictionPath,
                        "CSV file with the columns of the terms; its rows are predicted");
-    command.add_flag("--cases", options.showCases, "prints predictions, residuals and influence of each row");
     command.add_option(
         "--out",
         options.outFolder,
@@ -255,6 +261,75 @@ void AddModelOptions(CLI::App& command, Options& options)
         "asked for models.csv, type1.csv to type3.csv, validation.csv, predictions.csv; of the "
         "means (of the second term means2.csv, ...) means.csv, means_contrasts.csv, "
         "means_control.csv, lsmeans.csv, ...");
+}
+
+std::string CheckShare(const std::string& text)
+{
+    const auto value = NumberOf(text);
+    return text == "estimate" || (value && *value >= 0.0 && *value < 1.0)
+               ? ""
+               : fmt::format("{} is neither estimate nor a share below 1", text);
+}
+
+void AddLogitOptions(CLI::App& command, Options& options)
+{
+    static const std::map<std::string, Link> kLinks{{"logit", Link::kLogit},
+                                                    {"probit", Link::kProbit},
+                                                    {"cloglog", Link::kComplementaryLogLog},
+                                                    {"loglog", Link::kLogLog}};
+    LogitOptions& logit = options.logit;
+    command.add_option("--trials", options.weights, "column of trials; the response then counts successes");
+    command
+        .add_option_function<std::string>(
+            "--link",
+            [&logit](const std::string& name) { logit.link = kLinks.at(name); },
+            "between predictor and probability [logit]")
+        ->check(CLI::IsMember({"logit", "probit", "cloglog", "loglog"}));
+    command.add_flag("--firth", logit.firth, "Firth's penalised likelihood, for separated data");
+    command
+        .add_option_function<std::string>(
+            "--mortality",
+            [&logit](const std::string& text) {
+                logit.mortality = text == "estimate" ? Mortality::kEstimated : Mortality::kGiven;
+                logit.mortalityValue = NumberOf(text).value_or(0.0);
+            },
+            "share that responds without any dose: estimate, or its value")
+        ->check(CLI::Validator(CheckShare, "", ""));
+    command.add_flag("--profile", logit.profile, "profile-likelihood intervals beside Wald's");
+    command.add_option("--classify", logit.cut, "probability from which a row counts as 1 [0.5]")
+        ->check(CLI::Validator(CheckProbability, "", ""));
+    command.add_flag("--dose", logit.doses, "doses at given probabilities; for one numeric term");
+    command.add_option("--roc", logit.rocPath, "CSV file for the points of the ROC curve");
+    command.add_option("--plot", logit.plotPath, "SVG file for the ROC curve and the classification");
+    command.add_option("--out",
+                       options.outFolder,
+                       "folder for the tables: fit.csv, tests.csv, parameters.csv, standardised.csv, "
+                       "classification.csv, cases.csv and with --dose doses.csv");
+}
+
+void PrintReport(const std::string& report)
+{
+    const bool written = std::fwrite(report.data(), 1, report.size(), stdout) == report.size();
+    if (!written || std::fflush(stdout) != 0) throw UserError("cannot write the report");
+}
+
+void RunLogitCommand(const Options& options)
+{
+    const CsvTable table = ReadCsvTable(options.dataPath);
+    const ModelData data = MakeModelData(table, options);
+    const Design design = BuildDesign(data, options.constraint);
+    if (options.logit.doses && design.columns != 1)
+        throw UserError("--dose takes a model of one numeric term");
+    const LogitFit fit = FitLogit(data, design, options);
+    const std::vector<ResultTable> tables = LogitTables(data, design, fit, options);
+    if (!options.outFolder.empty()) WriteCsvFiles(tables, options.outFolder);
+    if (!options.logit.rocPath.empty()) WriteTextFile(CsvText(RocTable(fit)), options.logit.rocPath);
+    if (!options.logit.plotPath.empty()) WriteTextFile(RocDrawing(fit, options), options.logit.plotPath);
+    std::string report = ReportText(data, tables, options);
+    if (fit.separated)
+        report +=
+            "\nA category has no row of one of the responses: the fit is Firth's penalised likelihood.\n";
+    PrintReport(report);
 }
 
 void RunCommand(Options options)
@@ -274,31 +349,36 @@ void RunCommand(Options options)
         tables.push_back(std::move(rows));
     if (!options.outFolder.empty()) WriteCsvFiles(tables, options.outFolder);
 
-    const std::string report = ReportText(data, tables, options);
-    const bool written = std::fwrite(report.data(), 1, report.size(), stdout) == report.size();
-    if (!written || std::fflush(stdout) != 0) throw UserError("cannot write the report");
+    PrintReport(ReportText(data, tables, options));
 }
 
 int Main(int argc, char** argv)
 {
     Options options;
     CLI::App app{
-        "Linear models from CSV files. Rows with a missing cell (empty, NA, NaN or a point) in a "
+        "Linear and logistic models from CSV files. Rows with a missing cell (empty, NA, NaN or a point) in "
+        "a "
         "column of the model are left out and counted."};
     app.require_subcommand(1);
     CLI::App* regress =
         app.add_subcommand("regress", "linear regression; text columns are categories, numbers are not");
     CLI::App* anova =
         app.add_subcommand("anova", "analysis of variance; all columns are categories but --covariate");
-    AddModelOptions(*regress, options);
-    AddModelOptions(*anova, options);
+    CLI::App* logit = app.add_subcommand(
+        "logit",
+        "logistic regression of a 0/1 response or of successes; text columns are categories");
+    for (CLI::App* command : {regress, anova, logit})
+        AddModelOptions(*command, options);
+    AddLinearOptions(*regress, options);
+    AddLinearOptions(*anova, options);
+    AddLogitOptions(*logit, options);
     AddMeansOptions(*anova, options);
     anova->add_option("--covariate", options.covariates, "a numeric column taken as it is; may be repeated")
         ->allow_extra_args(false);
 
     try {
         app.parse(argc, argv);
-        CheckCombinations(anova->parsed() ? *anova : *regress, options);
+        if (!logit->parsed()) CheckCombinations(anova->parsed() ? *anova : *regress, options);
         if (anova->parsed()) CheckMeansOptions(*anova, options);
     } catch (const CLI::Success& request) {
         return app.exit(request);
@@ -306,10 +386,16 @@ int Main(int argc, char** argv)
         fmt::print(stderr, "korven: {} (korven --help shows the options)\n", error.what());
         return kExitBadUsage;
     }
-    options.analysis = anova->parsed() ? Analysis::kAnova : Analysis::kRegression;
+    options.analysis = anova->parsed()   ? Analysis::kAnova
+                       : logit->parsed() ? Analysis::kLogit
+                                         : Analysis::kRegression;
 
     try {
-        RunCommand(options);
+        if (logit->parsed()) {
+            RunLogitCommand(options);
+        } else {
+            RunCommand(options);
+        }
     } catch (const std::bad_alloc&) {
         fmt::print(stderr, "korven: not enough memory\n");
         return kExitBadData;

@@ -12,7 +12,8 @@ namespace korvenrg::frontend {
 enum class Analysis
 {
     kRegression,
-    kAnova
+    kAnova,
+    kLogit
 };
 
 /** The doors' constraint codes. */
@@ -88,6 +89,36 @@ inline bool UsesGroupVariances(Procedure procedure)
  * columns that are linear combinations of others but for rounding. */
 inline constexpr double kDefaultTolerance = 1e-12;
 
+/** The doors' codes of the link between predictor and probability. */
+enum class Link : int
+{
+    kLogit = 0,
+    kProbit = 1,
+    kComplementaryLogLog = 2,
+    kLogLog = 3
+};
+
+enum class Mortality
+{
+    kNone,
+    kEstimated,
+    kGiven
+};
+
+/** What only a logistic regression asks for. */
+struct LogitOptions
+{
+    Link link = Link::kLogit;
+    bool firth = false;
+    Mortality mortality = Mortality::kNone;
+    double mortalityValue = 0.0;
+    bool profile = false;
+    bool doses = false;
+    double cut = 0.5;
+    std::string rocPath;   ///< empty: no file of the curve
+    std::string plotPath;  ///< empty: no drawing
+};
+
 struct Options
 {
     Analysis analysis = Analysis::kRegression;
@@ -96,7 +127,8 @@ struct Options
     std::string terms;
     std::vector<std::string> qualitative;
     std::vector<std::string> covariates;
-    std::string weights;  ///< empty: every row weighs 1
+    std::string weights;  ///< empty: every row weighs 1; in a logistic regression the trials
+    LogitOptions logit;
     Constraint constraint = Constraint::kFirst;
     std::optional<double> intercept;  ///< none: estimated
     double alpha = 0.05;

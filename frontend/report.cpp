@@ -139,22 +139,44 @@ std::string NewRowsText(const char* use, const NewRows& rows)
                        rows.unknownRows);
 }
 
+const char* AnalysisText(Analysis analysis)
+{
+    switch (analysis) {
+        case Analysis::kAnova:
+            return "Analysis of variance";
+        case Analysis::kLogit:
+            return "Logistic regression";
+        default:
+            return "Linear regression";
+    }
+}
+
+std::string LogitText(const LogitOptions& options)
+{
+    constexpr const char* kLinks[] = {"logit", "probit", "complementary log-log", "log-log"};
+    return fmt::format("Link: {}{}\n",
+                       kLinks[static_cast<int>(options.link)],
+                       options.firth ? ", Firth's penalised likelihood" : "");
+}
+
 std::string TitleText(const ModelData& data, const Options& options)
 {
     std::vector<std::string> terms;
     for (const Factor& factor : data.factors) {
         if (factor.active) terms.push_back(factor.name);
     }
-    std::string text =
-        fmt::format("{} of {} on {}\n",
-                    options.analysis == Analysis::kAnova ? "Analysis of variance" : "Linear regression",
-                    options.response,
-                    fmt::join(terms, ", "));
+    std::string text = fmt::format("{} of {} on {}\n",
+                                   AnalysisText(options.analysis),
+                                   options.response,
+                                   fmt::join(terms, ", "));
     text += fmt::format("{}: {} used, {} dropped for missing cells\n",
                         std::filesystem::path(options.dataPath).filename().string(),
                         Counted(data.rows.size(), "observation", "observations"),
                         Counted(data.droppedRows, "row", "rows"));
-    if (!options.weights.empty()) {
+    const bool isLogit = options.analysis == Analysis::kLogit;
+    if (isLogit) text += LogitText(options.logit);
+    if (isLogit && !options.weights.empty()) text += fmt::format("Trials: {}\n", options.weights);
+    if (!isLogit && !options.weights.empty()) {
         text += fmt::format("Weights: {}, scaled to mean 1", options.weights);
         const auto zero = std::count(data.weights.begin(), data.weights.end(), 0.0);
         if (zero > 0) text += fmt::format(" ({} of weight 0, counted in the degrees of freedom)", zero);

@@ -1,0 +1,225 @@
+#include "logit_tables.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <utility>
+
+namespace korvenrg::frontend {
+namespace {
+
+using Column = ResultTable::Column;
+
+constexpr std::size_t kCommonColumns = 6;  // of the coefficient tables: value to upper bound
+constexpr std::size_t kOddsColumns = 3;
+
+std::string Bound(const char* side, double alpha)
+{
+    return fmt::format("{} {:.6g}%", side, 100.0 * (1.0 - alpha));
+}
+
+std::vector<Column> CoefficientColumns(const Options& options, bool withOdds)
+{
+    std::vector<Column> columns{{"Value"},
+                                {"Standard error"},
+                                {"Wald chi-square"},
+                                {"Pr > chi-square", ColumnKind::kProbability},
+                                {Bound("Lower", options.alpha)},
+                                {Bound("Upper", options.alpha)}};
+    if (options.logit.profile) {
+        columns.push_back({Bound("Profile lower", options.alpha)});
+        columns.push_back({Bound("Profile upper", options.alpha)});
+    }
+    if (withOdds) {
+        columns.push_back({"Odds ratio"});
+        columns.push_back({Bound("Odds lower", options.alpha)});
+        columns.push_back({Bound("Odds upper", options.alpha)});
+    }
+    return columns;
+}
+
+std::string NoteOf(const Design& design, const LogitFit& fit, std::size_t column, Constraint constraint)
+{
+    if (fit.states[column] == kInModel) return "";
+    if (fit.factorActive[static_cast<std::size_t>(design.parents[column]) - 1] != 1)
+        return "not in the model";
+    if (design.states[column] != kDroppedByConstraint) return "constant or aliased, left out";
+    const bool hasReference = constraint == Constraint::kFirst || constraint == Constraint::kLast;
+    return hasReference ? "reference level" : "derived from the constraint";
+}
+
+ResultTable FitTable(const LogitFit& fit)
+{
+    ResultTable table{"fit.csv", "Goodness of fit", "Statistic", {{"Independent"}, {"Fitted"}}, {}};
+    const char* const names[] = {"Observations or trials",
+                                 "Sum of weights",
+                                 "DF",
+                                 "-2 log likelihood",
+                                 "R squared (McFadden)",
+                                 "R squared (Cox and Snell)",
+                                 "R squared (Nagelkerke)",
+                                 "AIC",
+                                 "SBC",
+                                 "Iterations"};
+    std::size_t row = 0;
+    for (const char* name : names)
+        table.rows.push_back({name, RowOf(fit.statistics, row++), ""});
+    return table;
+}
+
+ResultTable TestTable(const LogitFit& fit)
+{
+    ResultTable table{"tests.csv",
+                      "Tests of the model and of its fit",
+                      "Test",
+                      {{"DF"}, {"Chi-square"}, {"Pr > chi-square", ColumnKind::kProbability}},
+                      {}};
+    std::size_t row = 0;
+    for (const char* name : {"Likelihood ratio", "Score", "Wald"}) {
+        std::vector<double> cells = RowOf(fit.tests, row++);
+        // with a mortality the information at the null model need not be positive, and the score is then no test
+        if (cells[1] < 0.0) cells = {cells[0], kMissing, kMissing};
+        table.rows.push_back({name, std::move(cells), ""});
+    }
+    table.rows.push_back(
+        {"Fit (Hosmer-Lemeshow)", {fit.hosmer(1, 0), fit.hosmer(0, 0), fit.hosmer(2, 0)}, ""});
+    return table;
+}
+
+ResultTable ParameterTable(const Design& design, const LogitFit& fit, const Options& options)
+{
+    const bool withOdds = options.logit.link == Link::kLogit;
+    ResultTable table{"parameters.csv",
+                      "Model parameters",
+                      "Parameter",
+                      CoefficientColumns(options, withOdds),
+                      {},
+                      true};
+    const auto row = [&](std::size_t r) {
+        std::vector<double> cells = RowOf(fit.parameters, r);
+        cells.resize(kCommonColumns + (options.logit.profile ? 2 : 0) + (withOdds ? kOddsColumns : 0));
+        return cells;
+    };
+    table.rows.push_back({"Intercept", row(0), ""});
+    for (std::size_t c = 0; c < design.labels.size(); ++c)
+        table.rows.push_back({design.labels[c], row(c + 1), NoteOf(design, fit, c, options.constraint)});
+    if (options.logit.mortality == Mortality::kNone) return table;
+    std::vector<double> cells(table.columns.size(), kMissing);
+    cells[0] = fit.mortality;
+    const std::size_t last = fit.covariance.rows - 1;
+    const bool estimated = options.logit.mortality == Mortality::kEstimated;
+    if (estimated && fit.covariance(last, last) > 0.0) cells[1] = std::sqrt(fit.covariance(last, last));
+    table.rows.push_back({"Mortality", std::move(cells), estimated ? "" : "given"});
+    return table;
+}
+
+ResultTable StandardisedTable(const Design& design, const LogitFit& fit, const Options& options)
+{
+    ResultTable table{"standardised.csv",
+                      "Standardised coefficients",
+                      "Parameter",
+                      CoefficientColumns(options, false),
+                      {},
+                      true};
+    for (std::size_t c = 0; c < design.labels.size(); ++c) {
+        std::vector<double> cells = RowOf(fit.standardised, c);
+        cells.resize(table.columns.size());
+        table.rows.push_back(
+            {design.labels[c], std::move(cells), NoteOf(design, fit, c, options.constraint)});
+    }
+    return table;
+}
+
+ResultTable ClassificationTable(const LogitFit& fit, const Options& options)
+{
+    ResultTable table{
+        "classification.csv",
+        fmt::format("Classification at {:.6g} (area under the ROC curve {:.6g}, tied rows one by one)",
+                    options.logit.cut,
+                    fit.area),
+        "Observed",
+        {{"Predicted 0"}, {"Predicted 1"}, {"Total"}, {"Share correct"}},
+        {}};
+    std::size_t row = 0;
+    for (const char* name : {"0", "1", "Total"})
+        table.rows.push_back({name, RowOf(fit.classification, row++), ""});
+    return table;
+}
+
+ResultTable DoseTable(const LogitFit& fit, const Options& options)
+{
+    ResultTable table{"doses.csv",
+                      "Doses at given probabilities (Fieller's bounds)",
+                      "Probability",
+                      {{"Dose"}, {Bound("Lower", options.alpha)}, {Bound("Upper", options.alpha)}},
+                      {}};
+    const bool isHeterogeneous = fit.heterogeneity != 1.0;
+    if (isHeterogeneous) {
+        table.columns.push_back({Bound("Heterogeneity lower", options.alpha)});
+        table.columns.push_back({Bound("Heterogeneity upper", options.alpha)});
+    }
+    for (std::size_t r = 0; r < fit.doses.rows; ++r) {
+        std::vector<double> cells = RowOf(fit.doses, r);
+        const std::string label = fmt::format("{:.6g}", cells.front());
+        cells.erase(cells.begin());
+        cells.resize(table.columns.size());
+        table.rows.push_back({label, std::move(cells), ""});
+    }
+    return table;
+}
+
+ResultTable CaseTable(const ModelData& data, const LogitFit& fit, const Options& options)
+{
+    ResultTable table{"cases.csv",
+                      "Predictions",
+                      "Data row",
+                      {{options.response},
+                       {"Prediction"},
+                       {"Observed share"},
+                       {"Predicted share"},
+                       {"Pearson residual"},
+                       {Bound("Lower", options.alpha)},
+                       {Bound("Upper", options.alpha)}},
+                      {}};
+    table.printed = options.showCases;
+    for (std::size_t i = 0; i < data.rows.size(); ++i) {
+        std::vector<double> cells{data.response[i]};
+        for (const std::size_t c : {kExpectedValue,
+                                    kObservedShare,
+                                    kExpectedShare,
+                                    kPearsonResidual,
+                                    kExpectedLower,
+                                    kExpectedUpper})
+            cells.push_back(fit.predictions(i, c));
+        table.rows.push_back({fmt::format("{}", data.rows[i]), std::move(cells), ""});
+    }
+    return table;
+}
+
+}  // namespace
+
+ResultTable RocTable(const LogitFit& fit)
+{
+    ResultTable table{"roc.csv", "ROC curve", "Point", {{"False-positive rate"}, {"Sensitivity"}}, {}};
+    table.printed = false;
+    for (std::size_t r = 0; r < fit.roc.rows; ++r)
+        table.rows.push_back({fmt::format("{}", r + 1), RowOf(fit.roc, r), ""});
+    return table;
+}
+
+std::vector<ResultTable> LogitTables(const ModelData& data,
+                                     const Design& design,
+                                     const LogitFit& fit,
+                                     const Options& options)
+{
+    std::vector<ResultTable> tables{FitTable(fit),
+                                    TestTable(fit),
+                                    ParameterTable(design, fit, options),
+                                    StandardisedTable(design, fit, options),
+                                    ClassificationTable(fit, options)};
+    if (options.logit.doses) tables.push_back(DoseTable(fit, options));
+    tables.push_back(CaseTable(data, fit, options));
+    return tables;
+}
+
+}  // namespace korvenrg::frontend

@@ -1,0 +1,20 @@
+/** The tables of a logistic report. */
+#ifndef KORVENRG_FRONTEND_LOGIT_TABLES_H
+#define KORVENRG_FRONTEND_LOGIT_TABLES_H
+
+#include "logit_fit.h"
+#include "result_tables.h"
+
+namespace korvenrg::frontend {
+
+std::vector<ResultTable> LogitTables(const ModelData& data,
+                                     const Design& design,
+                                     const LogitFit& fit,
+                                     const Options& options);
+
+/** The points of the ROC curve, a row for each threshold. */
+ResultTable RocTable(const LogitFit& fit);
+
+}  // namespace korvenrg::frontend
+
+#endif
