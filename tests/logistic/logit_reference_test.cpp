@@ -62,9 +62,10 @@ LogitProblem ProblemOf(const Case& c)
     return q;
 }
 
-// Steps that promise a rise above eps are made, so estimates stand within 2e-8 standard errors of the maximum, and about
-// there with a mortality.
+// Steps that promise a rise above eps are made, so estimates stand within 2e-8 standard errors of the maximum.
 constexpr double kSettled = 2E-8;
+// With a mortality the computed rise decides, which is rounding from about 1e-8 standard errors on, on each platform its own.
+constexpr double kSettledMortality = 1E-7;
 // Under the penalty steps are those of the unpenalised Hessian: convergence is linear and ends earlier. Profile bounds end
 // within 1e-5 of the critical value.
 constexpr double kSettledFirth = 1E-6;
@@ -76,6 +77,12 @@ Scale ErrorsOf(const Table& table)
         const bool onScale = c == kCoefValue || (c >= kCoefLower && c <= kCoefProfileUpper);
         return onScale ? table(r, kCoefStdError) : 0.0;
     };
+}
+
+double ToleranceOf(const Case& c)
+{
+    if (c.name.starts_with("firth")) return kSettledFirth;
+    return c.name.starts_with("mortality") ? kSettledMortality : kSettled;
 }
 
 TEST(LogitReference, EveryTableOfEveryCase)
@@ -91,7 +98,7 @@ TEST(LogitReference, EveryTableOfEveryCase)
             return std::sqrt(r.covariance(i, i) * r.covariance(j, j));
         };
         const Scale one = [](int, int) { return 1.0; };
-        const double settled = c.name.starts_with("firth") ? kSettledFirth : kSettled;
+        const double settled = ToleranceOf(c);
         ExpectTable(r.tests, c["tests"], "tests", {}, settled);
         ExpectTable(r.fit, c["fit"], "fit");
         ExpectTable(r.coefficients, c["coefficients"], "coefficients", ErrorsOf(r.coefficients), settled);
