@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -14,6 +15,11 @@ using Column = ResultTable::Column;
 
 constexpr std::size_t kCommonColumns = 6;  // of the coefficient tables: value to upper bound
 constexpr std::size_t kOddsColumns = 3;
+constexpr std::size_t kIterations = 9;  // row of the statistics
+
+// from here on the door ends a search with several categories once a probability is so large
+constexpr double kGuardedIterations = 9.0;
+constexpr double kGuardedProbability = 0.95;
 
 std::string Bound(const char* side, double alpha)
 {
@@ -276,6 +282,24 @@ ResultTable CaseTable(const ModelData& data, const LogitFit& fit, const Options&
 }
 
 }  // namespace
+
+std::string LogitWarning(const ModelData& data, const LogitFit& fit)
+{
+    if (fit.separated)
+        return "\nA category has no row of one of the responses: the fit is Firth's penalised likelihood.\n";
+    const double iterations = fit.statistics(kIterations, 1);
+    if (!IsMultinomial(data) || iterations < kGuardedIterations) return "";
+    const auto probabilities = fit.predictions.cells.begin() +
+                               static_cast<std::ptrdiff_t>(kCategoryProbabilities * data.rows.size());
+    const auto end =
+        probabilities + static_cast<std::ptrdiff_t>(data.responseCategories.size() * data.rows.size());
+    if (*std::max_element(probabilities, end) <= kGuardedProbability) return "";
+    return fmt::format(
+        "\nThe search ended after {} iterations with a probability above {}: the categories may be "
+        "separated, and the coefficients are no maximum then.\n",
+        iterations,
+        kGuardedProbability);
+}
 
 ResultTable RocTable(const LogitFit& fit)
 {

@@ -10,6 +10,8 @@
 namespace korvenrg::frontend {
 namespace {
 
+constexpr double kNoBest = -kMissing;  // where no model of a size has the criterion
+
 using TermSet = std::set<std::size_t>;  // factors, from 0
 
 /** The factors with a column that the row's model estimates. */
@@ -59,6 +61,9 @@ std::vector<double> CellsOf(const Design& design, const LogitFit& fit, std::size
     const std::size_t first = design.parents.size() + kHistoryStatistics;
     for (std::size_t s = 0; s < (isBest ? kSubsetStatistics : kStepStatistics); ++s)
         cells.push_back(fit.models(row, first + s));
+    for (double& cell : cells) {
+        if (cell >= kNoBest) cell = kMissing;
+    }
     return cells;
 }
 
@@ -121,7 +126,11 @@ ResultTable LogitSelectionTable(const ModelData& data,
         before = terms;
     }
     if (table.rows.empty()) table.title += ": none enters";
-    if (isBest && IsMultinomial(data)) table.title += " (criteria count the parameters of one category)";
+    if (isBest) {
+        table.title +=
+            fmt::format(" (AIC adds 2 (q + 1) for q parameters, SBC as much times the log of the weights{})",
+                        IsMultinomial(data) ? "; q and the p-values are those of one category" : "");
+    }
     return table;
 }
 

@@ -277,11 +277,7 @@ void RunLogitCommand(const Options& options)
     if (!options.outFolder.empty()) WriteCsvFiles(tables, options.outFolder);
     if (!options.logit.rocPath.empty()) WriteTextFile(CsvText(RocTable(fit)), options.logit.rocPath);
     if (!options.logit.plotPath.empty()) WriteTextFile(RocDrawing(fit, options), options.logit.plotPath);
-    std::string report = ReportText(data, tables, options);
-    if (fit.separated)
-        report +=
-            "\nA category has no row of one of the responses: the fit is Firth's penalised likelihood.\n";
-    PrintReport(report);
+    PrintReport(ReportText(data, tables, options) + LogitWarning(data, fit));
 }
 
 void RunCommand(Options options)

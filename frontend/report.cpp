@@ -176,7 +176,10 @@ std::string LogitSelectionText(const Options& options)
     constexpr const char* kCriteria[] =
         {"-2 log likelihood", "the likelihood-ratio test", "the score test", "the Wald test", "AIC", "SBC"};
     const LogitOptions& logit = options.logit;
-    const std::string enter = fmt::format(", to enter {:.6g} by the score test", options.enter);
+    const std::string enter =
+        fmt::format(", to enter {:.6g} by the score test{}",
+                    options.enter,
+                    options.weights.empty() ? "" : " (whose variance leaves out the trials)");
     const std::string remove =
         fmt::format(", to remove {:.6g} by {}",
                     options.remove,
