@@ -20,6 +20,7 @@ constexpr int kCategories = 2;
 constexpr int kEmptyLevel = -10;
 constexpr double kConvergence = 1e-12;
 constexpr int kMostIterations = 200;
+constexpr double kMostSubsets = 1e5;      // each takes a fit
 constexpr double kMortalityStart = 0.05;  // where an estimated mortality starts from
 
 /** Positions of the door's option vector, from 0. */
@@ -114,6 +115,21 @@ void CheckMultinomial(const ModelData& data, const Design& design, const LogitOp
             fmt::format("the response has too many categories: {}", data.responseCategories.size()));
 }
 
+void CheckSubsetCount(int terms, int smallest, int largest)
+{
+    double subsets = 0.0, ofSize = 1.0;
+    for (int size = 0; size <= largest; ++size) {
+        if (size > 0) ofSize = ofSize * (terms - size + 1) / size;
+        if (size >= smallest) subsets += ofSize;
+    }
+    if (subsets <= kMostSubsets) return;
+    throw UserError(
+        fmt::format("--selection best would fit {:.6g} models, more than {:.6g}: narrow --min-vars and "
+                    "--max-vars, or take steps",
+                    subsets,
+                    kMostSubsets));
+}
+
 /** What the door is told about a selection, and its history. */
 struct SelectionRun
 {
@@ -150,6 +166,7 @@ SelectionRun::SelectionRun(const LogitOptions& options,
     criterion = static_cast<int>(options.criterion.value_or(LogitCriterion::kAic));
     smallest = minTerms;
     largest = std::min(maxTerms.value_or(terms), terms);
+    CheckSubsetCount(terms, smallest, largest);
     models = NumberTable(static_cast<std::size_t>(largest - smallest) + 1,
                          p + kHistoryStatistics + kSubsetStatistics);
 }
@@ -171,8 +188,7 @@ NumberTable FactorRows(const NumberTable& table, const std::vector<int>& active)
 [[noreturn]] void ThrowFailure(int outcome, const Options& options)
 {
     if (outcome == kEmptyLevel)
-        throw UserError(
-            "a category of a term has no row of one of the responses: several categories need all");
+        throw UserError("a category of a term has no row in one of the categories of the response");
     if (options.logit.selection == LogitSelection::kBest)
         throw UserError(
             fmt::format("no subset of --min-vars to --max-vars terms can be fitted (code {})", outcome));
