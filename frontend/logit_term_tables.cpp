@@ -12,6 +12,8 @@ namespace {
 
 constexpr double kNoBest = -kMissing;  // where no model of a size has the criterion
 
+constexpr std::size_t kScoreP = 2;  // among the statistics of a row
+
 using TermSet = std::set<std::size_t>;  // factors, from 0
 
 /** The factors with a column that the row's model estimates. */
@@ -54,8 +56,12 @@ bool IsFinalModel(const LogitFit& fit, std::size_t row)
     return true;
 }
 
-std::vector<double> CellsOf(const Design& design, const LogitFit& fit, std::size_t row, bool isBest)
+std::vector<double> CellsOf(const Design& design,
+                            const LogitFit& fit,
+                            std::size_t row,
+                            const LogitOptions& options)
 {
+    const bool isBest = options.selection == LogitSelection::kBest;
     std::vector<double> cells{fit.models(row, kHistoryTerms)};
     if (isBest) cells.push_back(fit.models(row, kHistoryFitted));
     const std::size_t first = design.parents.size() + kHistoryStatistics;
@@ -64,6 +70,9 @@ std::vector<double> CellsOf(const Design& design, const LogitFit& fit, std::size
     for (double& cell : cells) {
         if (cell >= kNoBest) cell = kMissing;
     }
+    // with a mortality the score statistic may be negative and is then no test
+    double& scoreP = cells[cells.size() - (isBest ? kSubsetStatistics : kStepStatistics) + kScoreP];
+    if (options.mortality != Mortality::kNone && scoreP == 1.0) scoreP = kMissing;
     return cells;
 }
 
@@ -121,8 +130,10 @@ ResultTable LogitSelectionTable(const ModelData& data,
             label = isBackward && r == 0 ? "all terms" : StepLabel(data, before, terms);
             note = StepNote(fit, r, label);
         }
-        table.rows.push_back(
-            {std::move(label), CellsOf(design, fit, r, isBest), std::move(note), TermText(data, terms)});
+        table.rows.push_back({std::move(label),
+                              CellsOf(design, fit, r, options.logit),
+                              std::move(note),
+                              TermText(data, terms)});
         before = terms;
     }
     if (table.rows.empty()) table.title += ": none enters";

@@ -171,15 +171,20 @@ std::string ResponseText(const ModelData& data)
                        names.front());
 }
 
-std::string LogitSelectionText(const Options& options)
+/** Where the engine's entry tests are not the plain score test of the term. */
+const char* EntryTestText(const ModelData& data, const Options& options)
+{
+    if (IsMultinomial(data)) return " (of a numeric term that of the whole model, on 1 DF)";
+    return options.weights.empty() ? "" : " (whose variance leaves out the trials)";
+}
+
+std::string LogitSelectionText(const ModelData& data, const Options& options)
 {
     constexpr const char* kCriteria[] =
         {"-2 log likelihood", "the likelihood-ratio test", "the score test", "the Wald test", "AIC", "SBC"};
     const LogitOptions& logit = options.logit;
     const std::string enter =
-        fmt::format(", to enter {:.6g} by the score test{}",
-                    options.enter,
-                    options.weights.empty() ? "" : " (whose variance leaves out the trials)");
+        fmt::format(", to enter {:.6g} by the score test{}", options.enter, EntryTestText(data, options));
     const std::string remove =
         fmt::format(", to remove {:.6g} by {}",
                     options.remove,
@@ -226,7 +231,7 @@ std::string TitleText(const ModelData& data, const Options& options)
         text += fmt::format("Constraint: {}\n", ConstraintText(options.constraint));
     if (options.selection != Selection::kNone) text += fmt::format("Selection: {}\n", SelectionText(options));
     if (options.logit.selection != LogitSelection::kNone)
-        text += fmt::format("Selection: {}\n", LogitSelectionText(options));
+        text += fmt::format("Selection: {}\n", LogitSelectionText(data, options));
     if (data.validation) text += NewRowsText("Validation", *data.validation);
     if (data.prediction) text += NewRowsText("Prediction", *data.prediction);
     if (options.intercept) text += fmt::format("Intercept: given as {:.6g}\n", *options.intercept);

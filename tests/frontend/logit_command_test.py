@@ -139,6 +139,8 @@ class Logit(unittest.TestCase):
         self.assertEqual(tables["type3"]["age", "Note"], "not in the model")
         tables, report = self.tables(*SELECTED, "best", "--criterion", "lr", "--min-vars", "0", "--max-vars", "1")
         self.assertEqual(tables["models"]["0 terms", "AIC"], "")
+        steps = self.tables(*MENARCHE[:-3], "--alpha", "0.1", "--selection", "forward", "--mortality", "estimate")[0]
+        self.assertEqual(steps["models"]["+ Age", "Pr > score"], "")
         self.assertIn("none enters", run(*SELECTED, "forward", "--enter", "0.0001").stdout)
 
     def test_too_many_subsets(self):
