@@ -115,7 +115,7 @@ for (size in 1:7) {
 }
 stopifnot(which.min(sapply(1:7, function(s) min(sapply(combn(terms, s, simplify = FALSE), function(t) AIC(fit(t)))))) == 6)
 
-moore <- transform(carData::Moore, fcategory = relevel(factor(fcategory, levels = c("high", "low", "medium")), "low"),
+moore <- transform(carData::Moore, fcategory = relevel(factor(fcategory, levels = c("high", "low", "medium")), "medium"),
                    partner.status = factor(partner.status, levels = c("high", "low")))
 m <- multinom(fcategory ~ conformity + partner.status, moore, reltol = 1e-15, maxit = 1000, trace = FALSE)
 null <- multinom(fcategory ~ 1, moore, reltol = 1e-15, trace = FALSE)
@@ -138,7 +138,7 @@ add("moore", "type3", "partner.status", "Wald chi-square", drop(flat[at] %*% sol
 predicted <- predict(m)
 cells <- table(moore$fcategory, predicted)
 for (i in rownames(cells)) for (j in colnames(cells)) add("moore", "classification", i, paste("Predicted", j), cells[i, j])
-for (i in c(1, 30)) {
+for (i in c(2, 30)) {
   add("moore", "cases", i, "Observed", as.character(moore$fcategory[i]))
   add("moore", "cases", i, "Predicted", as.character(predicted[i]))
   for (j in colnames(fitted(m))) add("moore", "cases", i, paste("Probability", j), fitted(m)[i, j])
