@@ -164,6 +164,7 @@ class Logit(unittest.TestCase):
             self.assertNotIn("type3", tables)
         self.assertEqual(model["text"], model["numbers"])
         self.assertAlmostEqual(model["text"], -model["turned"], places=9)
+        self.assertIn("categories high, low against medium", run(*MOORE, "--reference", "medium").stdout)
         report = run(*MOORE[:-1], "fscore").stdout
         self.assertIn("Response: categories low, medium against high", report)
         self.assertIn("the categories may be separated", report)
