@@ -92,7 +92,8 @@ std::string CsvText(const ResultTable& table)
         text.push_back(',');
         AppendText(text, column.head);
     }
-    text.append(table.hasNotes ? ",Note\n" : "\n");
+    if (table.hasNotes) AppendText(text.append(","), table.noteHead);
+    text.push_back('\n');
     for (const ResultTable::Row& row : table.rows) {
         AppendText(text, row.label);
         if (!table.textHead.empty()) AppendText(text.append(","), row.text);

@@ -12,6 +12,9 @@ std::vector<ResultTable> LogitTables(const ModelData& data,
                                      const LogitFit& fit,
                                      const Options& options);
 
+/** A line for the end of the report, or nothing. */
+std::string LogitWarning(const ModelData& data, const LogitFit& fit);
+
 /** The points of the ROC curve, a row for each threshold. */
 ResultTable RocTable(const LogitFit& fit);
 

@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "csv_output.h"
+#include "logit_options.h"
 #include "logit_tables.h"
 #include "new_rows.h"
 #include "prediction.h"
@@ -29,13 +30,6 @@ namespace {
 
 constexpr int kExitBadData = 1;
 constexpr int kExitBadUsage = 2;
-
-std::string CheckProbability(const std::string& text)
-{
-    double value = 0.0;
-    const bool open = CLI::detail::lexical_cast(text, value) && value > 0.0 && value < 1.0;
-    return open ? "" : fmt::format("{} is not between 0 and 1", text);
-}
 
 std::string CheckFinite(const std::string& text)
 {
@@ -194,7 +188,9 @@ void CheckCombinations(const CLI::App& command, const Options& options)
 void AddModelOptions(CLI::App& command, Options& options)
 {
     command.add_option("data", options.dataPath, "CSV file: UTF-8, commas, one header line")->required();
-    command.add_option("--response", options.response, "numeric column to explain")->required();
+    command
+        .add_option("--response", options.response, "column to explain: numbers, or in logit categories too")
+        ->required();
     command
         .add_option("--terms",
                     options.terms,
@@ -263,50 +259,6 @@ void AddLinearOptions(CLI::App& command, Options& options)
         "means_control.csv, lsmeans.csv, ...");
 }
 
-std::string CheckShare(const std::string& text)
-{
-    const auto value = NumberOf(text);
-    return text == "estimate" || (value && *value >= 0.0 && *value < 1.0)
-               ? ""
-               : fmt::format("{} is neither estimate nor a share below 1", text);
-}
-
-void AddLogitOptions(CLI::App& command, Options& options)
-{
-    static const std::map<std::string, Link> kLinks{{"logit", Link::kLogit},
-                                                    {"probit", Link::kProbit},
-                                                    {"cloglog", Link::kComplementaryLogLog},
-                                                    {"loglog", Link::kLogLog}};
-    LogitOptions& logit = options.logit;
-    command.add_option("--trials", options.weights, "column of trials; the response then counts successes");
-    command
-        .add_option_function<std::string>(
-            "--link",
-            [&logit](const std::string& name) { logit.link = kLinks.at(name); },
-            "between predictor and probability [logit]")
-        ->check(CLI::IsMember({"logit", "probit", "cloglog", "loglog"}));
-    command.add_flag("--firth", logit.firth, "Firth's penalised likelihood, for separated data");
-    command
-        .add_option_function<std::string>(
-            "--mortality",
-            [&logit](const std::string& text) {
-                logit.mortality = text == "estimate" ? Mortality::kEstimated : Mortality::kGiven;
-                logit.mortalityValue = NumberOf(text).value_or(0.0);
-            },
-            "share that responds without any dose: estimate, or its value")
-        ->check(CLI::Validator(CheckShare, "", ""));
-    command.add_flag("--profile", logit.profile, "profile-likelihood intervals beside Wald's");
-    command.add_option("--classify", logit.cut, "probability from which a row counts as 1 [0.5]")
-        ->check(CLI::Validator(CheckProbability, "", ""));
-    command.add_flag("--dose", logit.doses, "doses at given probabilities; for one numeric term");
-    command.add_option("--roc", logit.rocPath, "CSV file for the points of the ROC curve");
-    command.add_option("--plot", logit.plotPath, "SVG file for the ROC curve and the classification");
-    command.add_option("--out",
-                       options.outFolder,
-                       "folder for the tables: fit.csv, tests.csv, parameters.csv, standardised.csv, "
-                       "classification.csv, cases.csv and with --dose doses.csv");
-}
-
 void PrintReport(const std::string& report)
 {
     const bool written = std::fwrite(report.data(), 1, report.size(), stdout) == report.size();
@@ -325,11 +277,7 @@ void RunLogitCommand(const Options& options)
     if (!options.outFolder.empty()) WriteCsvFiles(tables, options.outFolder);
     if (!options.logit.rocPath.empty()) WriteTextFile(CsvText(RocTable(fit)), options.logit.rocPath);
     if (!options.logit.plotPath.empty()) WriteTextFile(RocDrawing(fit, options), options.logit.plotPath);
-    std::string report = ReportText(data, tables, options);
-    if (fit.separated)
-        report +=
-            "\nA category has no row of one of the responses: the fit is Firth's penalised likelihood.\n";
-    PrintReport(report);
+    PrintReport(ReportText(data, tables, options) + LogitWarning(data, fit));
 }
 
 void RunCommand(Options options)
@@ -366,7 +314,7 @@ int Main(int argc, char** argv)
         app.add_subcommand("anova", "analysis of variance; all columns are categories but --covariate");
     CLI::App* logit = app.add_subcommand(
         "logit",
-        "logistic regression of a 0/1 response or of successes; text columns are categories");
+        "logistic regression of a 0/1 response, of successes or of categories; text columns are categories");
     for (CLI::App* command : {regress, anova, logit})
         AddModelOptions(*command, options);
     AddLinearOptions(*regress, options);
@@ -378,6 +326,7 @@ int Main(int argc, char** argv)
 
     try {
         app.parse(argc, argv);
+        if (logit->parsed()) CheckLogitOptions(*logit, options);
         if (!logit->parsed()) CheckCombinations(anova->parsed() ? *anova : *regress, options);
         if (anova->parsed()) CheckMeansOptions(*anova, options);
     } catch (const CLI::Success& request) {

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 #include <set>
+#include <utility>
 
 #include "new_rows.h"
 #include "terms.h"
@@ -122,24 +124,40 @@ void ReadWeights(const CsvTable& table,
     }
 }
 
+/** Numbers by value, text by code point. */
+struct CategoryOrder
+{
+    bool numeric;
+    bool operator()(const std::string& a, const std::string& b) const
+    {
+        return numeric ? *NumberOf(a) < *NumberOf(b) : a < b;
+    }
+};
+
+/** The cells of the rows and their categories, in order. */
+QualitativeVariable ReadCategories(const CsvTable& table,
+                                   const std::string& name,
+                                   std::size_t column,
+                                   const std::vector<std::size_t>& rows)
+{
+    const std::vector<std::string>& cells = table.columns[column];
+    const bool numeric = IsNumericColumn(cells);
+    QualitativeVariable variable{name, {}, {}, {}, numeric};
+    for (std::size_t r : rows)
+        variable.cells.push_back(CategoryOf(cells[r], numeric));
+    variable.categories = variable.cells;
+    std::sort(variable.categories.begin(), variable.categories.end(), CategoryOrder{numeric});
+    variable.categories.erase(std::unique(variable.categories.begin(), variable.categories.end()),
+                              variable.categories.end());
+    return variable;
+}
+
 QualitativeVariable ReadQualitative(const CsvTable& table,
                                     const Source& source,
                                     const std::vector<std::size_t>& rows,
                                     const std::vector<double>& weights)
 {
-    const std::vector<std::string>& cells = table.columns[source.column];
-    const bool numeric = IsNumericColumn(cells);
-    QualitativeVariable variable{source.name, {}, {}, {}, numeric};
-    for (std::size_t r : rows)
-        variable.cells.push_back(CategoryOf(cells[r], numeric));
-
-    variable.categories = variable.cells;
-    const auto before = [numeric](const std::string& a, const std::string& b) {
-        return numeric ? *NumberOf(a) < *NumberOf(b) : a < b;
-    };
-    std::sort(variable.categories.begin(), variable.categories.end(), before);
-    variable.categories.erase(std::unique(variable.categories.begin(), variable.categories.end()),
-                              variable.categories.end());
+    QualitativeVariable variable = ReadCategories(table, source.name, source.column, rows);
     if (variable.categories.size() < 2) {
         throw UserError(fmt::format("the qualitative variable '{}' has only one category, '{}'",
                                     variable.name,
@@ -151,7 +169,7 @@ QualitativeVariable ReadQualitative(const CsvTable& table,
         const auto category = std::lower_bound(variable.categories.begin(),
                                                variable.categories.end(),
                                                variable.cells[i],
-                                               before);
+                                               CategoryOrder{variable.numeric});
         variable.frequencies[static_cast<std::size_t>(category - variable.categories.begin())] += weights[i];
     }
     return variable;
@@ -189,6 +207,62 @@ void MakeFactors(const std::vector<Source>& sources, const std::vector<Term>& te
     }
 }
 
+/** A text response of a logistic regression, or one of numbers that are to be categories. */
+bool HasResponseCategories(const CsvTable& table, std::size_t column, const Options& options)
+{
+    if (options.analysis != Analysis::kLogit) return false;
+    return options.logit.categories || IsTextColumn(table.columns[column]);
+}
+
+void ReadResponseCategories(const CsvTable& table,
+                            std::size_t column,
+                            const Options& options,
+                            const std::vector<std::size_t>& rows,
+                            ModelData& data)
+{
+    if (!options.weights.empty())
+        throw UserError("--trials takes a response of numbers, the successes, and no --multinomial");
+    const QualitativeVariable variable = ReadCategories(table, options.response, column, rows);
+    std::vector<std::string> categories = variable.categories;
+    if (categories.size() < 2) {
+        throw UserError(
+            fmt::format("the response '{}' is '{}' in every row used", options.response, categories.front()));
+    }
+    if (options.logit.reference) {
+        const std::string wanted = variable.numeric && NumberOf(*options.logit.reference)
+                                       ? CategoryOf(*options.logit.reference, true)
+                                       : *options.logit.reference;
+        const auto found = std::find(categories.begin(), categories.end(), wanted);
+        if (found == categories.end()) {
+            throw UserError(fmt::format("--reference '{}' is no category of the response '{}'",
+                                        *options.logit.reference,
+                                        options.response));
+        }
+        std::rotate(categories.begin(), found, found + 1);
+    }
+    std::map<std::string, double> codes;
+    for (const std::string& category : categories)
+        codes.emplace(category, static_cast<double>(codes.size()));
+    for (const std::string& cell : variable.cells)
+        data.response.push_back(codes.at(cell));
+    data.responseCategories = std::move(categories);
+}
+
+void ReadResponse(const CsvTable& table,
+                  std::size_t column,
+                  const Options& options,
+                  const std::vector<std::size_t>& rows,
+                  ModelData& data)
+{
+    if (HasResponseCategories(table, column, options)) {
+        ReadResponseCategories(table, column, options, rows, data);
+        return;
+    }
+    if (options.logit.reference)
+        throw UserError("--reference belongs to a text response or to --multinomial");
+    data.response = NumbersOf(table, column, rows);
+}
+
 void RefuseConstantResponse(const ModelData& data, const std::string& name)
 {
     const auto [low, high] = std::minmax_element(data.response.begin(), data.response.end());
@@ -220,7 +294,7 @@ ModelData MakeModelData(const CsvTable& table, const Options& options)
     for (std::size_t r : rows)
         data.rows.push_back(r + 1);
     data.droppedRows = table.rows - validated.size() - rows.size();
-    data.response = NumbersOf(table, responseColumn, rows);
+    ReadResponse(table, responseColumn, options, rows, data);
     ReadWeights(table, options, rows, data);
     for (const Source& source : sources) {
         if (source.qualitative) {

@@ -59,9 +59,10 @@ struct Factor
 
 struct ModelData
 {
-    std::vector<std::size_t> rows;  ///< data row, from 1, of each observation
-    std::size_t droppedRows = 0;    ///< rows with a missing cell in a column of the model
-    std::vector<double> response;
+    std::vector<std::size_t> rows;                ///< data row, from 1, of each observation
+    std::size_t droppedRows = 0;                  ///< rows with a missing cell in a column of the model
+    std::vector<double> response;                 ///< numbers, or places among the categories from 0
+    std::vector<std::string> responseCategories;  ///< reference first; empty when the response is a number
     std::vector<double> weights;
     std::vector<QuantitativeVariable> quantitative;
     std::vector<QualitativeVariable> qualitative;
@@ -71,6 +72,12 @@ struct ModelData
     std::optional<NewRows> validation;
     std::optional<NewRows> prediction;
 };
+
+/** Whether the response has more than two categories. */
+inline bool IsMultinomial(const ModelData& data)
+{
+    return data.responseCategories.size() > 2;
+}
 
 /** The rows of the fit and of the validation; those to predict come from another table. Throws UserError for everything
  * in the request or the data that makes no model. */

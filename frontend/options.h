@@ -98,6 +98,9 @@ enum class Link : int
     kLogLog = 3
 };
 
+/** Probability from which a row counts as 1. */
+inline constexpr double kDefaultCut = 0.5;
+
 enum class Mortality
 {
     kNone,
@@ -105,18 +108,44 @@ enum class Mortality
     kGiven
 };
 
+/** The logit door's codes of the ways to choose among the terms. */
+enum class LogitSelection : int
+{
+    kNone = -1,
+    kBest = 0,
+    kStepwise = 1,
+    kBackwardStepwise = 2,
+    kForward = 3,
+    kBackward = 4
+};
+
+/** The logit door's codes of what makes a subset the best; steps know the likelihood ratio and Wald's test alone. */
+enum class LogitCriterion : int
+{
+    kLogLikelihood = 0,
+    kLikelihoodRatio = 1,
+    kScore = 2,
+    kWald = 3,
+    kAic = 4,
+    kSbc = 5
+};
+
 /** What only a logistic regression asks for. */
 struct LogitOptions
 {
+    bool categories = false;               ///< numbers of the response are categories too
+    std::optional<std::string> reference;  ///< category that the others are compared with; none: the first
+    LogitSelection selection = LogitSelection::kNone;
+    std::optional<LogitCriterion> criterion;  ///< none: AIC of subsets, likelihood ratio of steps
     Link link = Link::kLogit;
     bool firth = false;
     Mortality mortality = Mortality::kNone;
     double mortalityValue = 0.0;
     bool profile = false;
     bool doses = false;
-    double cut = 0.5;
-    std::string rocPath;   ///< empty: no file of the curve
-    std::string plotPath;  ///< empty: no drawing
+    std::optional<double> cut;  ///< none: kDefaultCut
+    std::string rocPath;        ///< empty: no file of the curve
+    std::string plotPath;       ///< empty: no drawing
 };
 
 struct Options

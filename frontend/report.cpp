@@ -87,6 +87,7 @@ std::string TableText(const ResultTable& table)
             const std::string padding = Padding(line[c], widths[c]);
             printed += "  " + (c < textColumns ? line[c] + padding : padding + line[c]);
         }
+        if (l + 1 == headLines && table.noteHead != "Note") printed += "  " + table.noteHead;
         if (l >= headLines && !table.rows[l - headLines].note.empty()) {
             printed += "  " + table.rows[l - headLines].note;
         }
@@ -159,6 +160,50 @@ std::string LogitText(const LogitOptions& options)
                        options.firth ? ", Firth's penalised likelihood" : "");
 }
 
+/** What is compared with what; nothing of a response of numbers. */
+std::string ResponseText(const ModelData& data)
+{
+    const std::vector<std::string>& names = data.responseCategories;
+    if (names.empty()) return "";
+    return fmt::format("Response: {} {} against {}\n",
+                       names.size() > 2 ? "categories" : "category",
+                       fmt::join(names.begin() + 1, names.end(), ", "),
+                       names.front());
+}
+
+/** Where the engine's entry tests are not the plain score test of the term. */
+const char* EntryTestText(const ModelData& data, const Options& options)
+{
+    if (IsMultinomial(data)) return " (of a numeric term that of the whole model, on 1 DF)";
+    return options.weights.empty() ? "" : " (whose variance leaves out the trials)";
+}
+
+std::string LogitSelectionText(const ModelData& data, const Options& options)
+{
+    constexpr const char* kCriteria[] =
+        {"-2 log likelihood", "the likelihood-ratio test", "the score test", "the Wald test", "AIC", "SBC"};
+    const LogitOptions& logit = options.logit;
+    const std::string enter =
+        fmt::format(", to enter {:.6g} by the score test{}", options.enter, EntryTestText(data, options));
+    const std::string remove =
+        fmt::format(", to remove {:.6g} by {}",
+                    options.remove,
+                    kCriteria[static_cast<int>(logit.criterion.value_or(LogitCriterion::kLikelihoodRatio))]);
+    switch (logit.selection) {
+        case LogitSelection::kBest:
+            return fmt::format("best subsets by {}",
+                               kCriteria[static_cast<int>(logit.criterion.value_or(LogitCriterion::kAic))]);
+        case LogitSelection::kStepwise:
+            return "stepwise" + enter + remove;
+        case LogitSelection::kBackwardStepwise:
+            return "backward stepwise" + remove + enter;
+        case LogitSelection::kForward:
+            return "forward" + enter;
+        default:
+            return "backward" + remove;
+    }
+}
+
 std::string TitleText(const ModelData& data, const Options& options)
 {
     std::vector<std::string> terms;
@@ -174,7 +219,7 @@ std::string TitleText(const ModelData& data, const Options& options)
                         Counted(data.rows.size(), "observation", "observations"),
                         Counted(data.droppedRows, "row", "rows"));
     const bool isLogit = options.analysis == Analysis::kLogit;
-    if (isLogit) text += LogitText(options.logit);
+    if (isLogit) text += ResponseText(data) + LogitText(options.logit);
     if (isLogit && !options.weights.empty()) text += fmt::format("Trials: {}\n", options.weights);
     if (!isLogit && !options.weights.empty()) {
         text += fmt::format("Weights: {}, scaled to mean 1", options.weights);
@@ -185,6 +230,8 @@ std::string TitleText(const ModelData& data, const Options& options)
     if (!data.qualitative.empty())
         text += fmt::format("Constraint: {}\n", ConstraintText(options.constraint));
     if (options.selection != Selection::kNone) text += fmt::format("Selection: {}\n", SelectionText(options));
+    if (options.logit.selection != LogitSelection::kNone)
+        text += fmt::format("Selection: {}\n", LogitSelectionText(data, options));
     if (data.validation) text += NewRowsText("Validation", *data.validation);
     if (data.prediction) text += NewRowsText("Prediction", *data.prediction);
     if (options.intercept) text += fmt::format("Intercept: given as {:.6g}\n", *options.intercept);

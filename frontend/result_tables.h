@@ -38,6 +38,7 @@ struct ResultTable
     bool hasNotes = false;
     bool printed = true;  ///< false: for the files only
     std::string textHead = {};
+    std::string noteHead = "Note";  ///< printed when it is another one
 };
 
 /** The cells of a row. */

@@ -84,7 +84,8 @@ std::string RocDrawing(const LogitFit& fit, const Options& options)
         "fill=\"white\"/>\n",
         width,
         height);
-    text += Axes() + Curve(fit.roc) + Classification(fit.classification, options.logit.cut);
+    text +=
+        Axes() + Curve(fit.roc) + Classification(fit.classification, options.logit.cut.value_or(kDefaultCut));
     text += Text(kLeft + kSide - 10.0, kTop + kSide - 12.0, fmt::format("area {:.4f}", fit.area), "end");
     return text + "</svg>\n";
 }
