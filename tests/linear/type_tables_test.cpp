@@ -1,4 +1,4 @@
-/** Type I, II and III tables: against R on real data, and the stated answers in odd cases. */
+/** Type I, II and III tables: against R on real data, and the answers in odd cases. */
 #include <gtest/gtest.h>
 
 #include "linear/type_tables.h"

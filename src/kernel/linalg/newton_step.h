@@ -8,7 +8,7 @@
  * parameters. Held ones are untouched and their cells of gradient and Hessian are not read.
  *
  * The Hessian is that of the log-likelihood itself, negative definite at a maximum; an indefinite one that is
- * well conditioned makes the literal step too. The free block is scaled to a diagonal of 1 in absolute value;
+ * well conditioned makes the plain Newton step too. The free block is scaled to a diagonal of 1 in absolute value;
  * pivots at rounding level (8 n eps of the scaled block, whatever `tol` is) are refused in natural order, so
  * that of an aliased set the later parameters are left out (korvenrg::linalg::InvertFreeBlock). The others
  * make the step of the problem without the refused ones, which is the step of a g2 inverse. The solution is
