@@ -97,7 +97,7 @@ std::vector<ResultTable::Column> HistoryColumns(bool isBest)
 std::string StepNote(const LogitFit& fit, std::size_t row, const std::string& label)
 {
     if (fit.models(row, kHistoryFactor) != 0.0) return "";
-    return label.front() == '+' ? "ends: would leave again" : "ends: would come back";
+    return label.starts_with('+') ? "ends: would leave again" : "ends: would come back";
 }
 
 }  // namespace
