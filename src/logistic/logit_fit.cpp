@@ -39,6 +39,7 @@ struct Newton
     bool accepted = false;
     bool scoreIsGradient = true;    // the derivatives are those of the log-likelihood itself
     bool staleDerivatives = false;  // the probabilities of the last point are there, its derivatives are not
+    std::vector<double> point{};    // parameters that the last derivatives are those of
     int stepResult = 0;
     double before = kStartLogLikelihood;
 
@@ -79,10 +80,36 @@ void KeepMortalityNonNegative(LogitFit& fit)
     }
 }
 
+// Notes that probabilities and derivatives are those of the parameters as they stand.
+void NotePoint(Newton& newton)
+{
+    const matrix<double>& parameters = newton.fit.parameters;
+    newton.point.assign(parameters.data, parameters.data + parameters.total);
+    newton.staleDerivatives = false;
+}
+
 void RecomputeDerivatives(Newton& newton)
 {
     LogitDerivatives(newton.model, DerivativesOf(newton.options), newton.fit, newton.work);
-    newton.staleDerivatives = false;
+    NotePoint(newton);
+}
+
+// Whether probabilities and derivatives are those of the parameters as they stand.
+bool IsAtPoint(const Newton& newton)
+{
+    return !newton.staleDerivatives &&
+           std::equal(newton.point.begin(), newton.point.end(), newton.fit.parameters.data);
+}
+
+// Ends a search whose moves back leave nothing of a step: the parameters are what they were. False for a longer step.
+bool ReturnToPoint(Newton& newton, const std::vector<double>& back)
+{
+    const double left = std::ldexp(1.0, -kMovesBack);
+    for (std::size_t i = 0; i < back.size(); ++i) {
+        if (newton.point[i] - left * back[i] != newton.point[i]) return false;
+    }
+    std::ranges::copy(newton.point, newton.fit.parameters.data);
+    return true;
 }
 
 // Log-likelihood at the probabilities of one point of the line search.
@@ -191,6 +218,7 @@ bool SearchAlong(Newton& newton, const std::vector<double>& back)
     const double promised = PromisedRise(newton, back);
     const bool hidden = IsHidden(newton, promised);
     const bool looks = !hidden || promised > kSmallestRise;
+    if (!looks && !newton.staleDerivatives && ReturnToPoint(newton, back)) return false;
     StepPredictors predictors(newton, back);
     return SearchBack(newton.fit.parameters, back, kMovesBack, [&](int move) {
         if (looks) {
@@ -238,7 +266,7 @@ bool RunPhase(Newton& newton)
     int& counter = newton.fit.statistics.iterations;
     do {
         counter += 1;
-        if (counter > 1 && !newton.accepted) {
+        if (counter > 1 && !newton.accepted && !IsAtPoint(newton)) {
             LogitProbabilities(newton.model, newton.fit.parameters, newton.work);
             RecomputeDerivatives(newton);
         }
@@ -293,6 +321,7 @@ int OptimizeLogitModel(const LogitModel& model, const FitOptions& options, Logit
     PutStartValues(fit);
     newton.scoreIsGradient = ScoreIsGradient(model, options, fit);
     fit.statistics.logLikelihood = EvaluateLogitModel(model, options, fit, work);
+    NotePoint(newton);
     const KeptDerivatives start(fit);
     if (!RunPhases(newton)) return kFitFailed;
     TakeBackStartValues(fit);
