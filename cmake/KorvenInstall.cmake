@@ -13,10 +13,8 @@ install(TARGETS korvenrg EXPORT korvenrgTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/src/exports/korvenrg.h DESTINATION ${korven_headers})
-foreach(room core kernel linear)
-  install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/${room} DESTINATION ${korven_headers}
-    FILES_MATCHING PATTERN "*.h")
-endforeach()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/ DESTINATION ${korven_headers}
+  FILES_MATCHING PATTERN "*.h" PATTERN exports EXCLUDE)
 
 if(TARGET korven_command)
   set_target_properties(korven_command PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")

@@ -31,3 +31,10 @@ for source in "$work"/examples/*.c "$work"/examples/*.cpp; do
     esac
     "$program"
 done
+
+echo "--- the native headers of every room, all together"
+(cd "$prefix/include/korvenrg" && find . -name '*.h' ! -name korvenrg.h -printf '#include "%P"\n' | sort) >"$work/headers.cpp"
+for room in $(cd "$source_tree/src" && find . -mindepth 1 -maxdepth 1 -type d ! -name exports -printf '%P\n'); do
+    grep -q "\"$room/" "$work/headers.cpp" || { echo "no header of $room is installed"; exit 1; }
+done
+"$CXX" -std=c++20 -fsyntax-only "${compile_flags[@]}" "$work/headers.cpp"
