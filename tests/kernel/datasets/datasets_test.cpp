@@ -163,6 +163,10 @@ TEST(Datasets, ArraysThatMayNotGrowKeepTheirSize)
     Sample sample;
     ST_QualiInfo record = sample.caller.Information(1, 1);
     record.categories.vectors[0]->fFeatures |= FADF_FIXEDSIZE;
+    ST_TableFormats oneTable{2, sample.caller.Table(1, 2)};
+    cST_TableFormats formats(&oneTable);
+    formats.SetShape(TableFormat::kValidationCategories, 8, 9);
+    EXPECT_EQ(CellsOf<int>(oneTable.shapes), (std::vector<int>{0, 0})) << "no row for the second table";
     {
         cST_QualiInfo info(&record);
         GetQualiDataInfo_ST(&sample.texts, 6, nullptr, nullptr, &info, &sample.formats);
@@ -241,7 +245,11 @@ TEST(Datasets, OutcomesReplaceEachOther)
     GetQualiDataInfo_ST(&sample.texts, 5, nullptr, nullptr, &info, &sample.formats);
     EXPECT_EQ(VerifyQuali(&info, L"title", L"text", L"REGVAL", error), 0);
     EXPECT_EQ(error.status, 1) << "nothing is recorded";
-    sample.record.columns = 3;
+    short onlyOne[] = {0, -1, -1, -1, -1};
+    matrix<short> filter(5, 1, onlyOne, true);
+    GetQualiDataInfo_ST(&sample.texts, 5, nullptr, &filter, &info, &sample.formats);
+    EXPECT_EQ(info.maxCategories, 1);
+    EXPECT_EQ(VerifyQuali(&info, L"title", L"text", L"REGVAL", error), 0) << "one category is enough";
     sample.texts.columns = 3;  // the third has no rows at all
     GetQualiDataInfo_ST(&sample.texts, 5, nullptr, nullptr, &info, &sample.formats);
     EXPECT_EQ(VerifyQuali(&info, L"title", L"text", L"REGVAL", error), 3);
@@ -257,7 +265,7 @@ TEST(Datasets, OutcomesReplaceEachOther)
 }
 
 // Rows 2 and 5 of five are marked. Every block carries the row number.
-TEST(Datasets, MarkedRowsMoveToTheValidation)
+void CheckSplit(bool hasSecond)
 {
     Caller caller;
     const Numbers rows = {1, 2, 3, 4, 5};
@@ -280,7 +288,7 @@ TEST(Datasets, MarkedRowsMoveToTheValidation)
         data.secondFilter = block(1, VT_I2, flags);
         data.thirdQualitative = block(1, VT_BSTR, texts);
         data.weights = caller.Of(VT_R8, isModel ? rows : Numbers{});
-        data.secondWeights = isModel ? nullptr : caller.Of(VT_R8, Numbers{});
+        data.secondWeights = isModel && !hasSecond ? nullptr : caller.Of(VT_R8, isModel ? rows : Numbers{});
         data.rowFilter = caller.Of(VT_I2, isModel ? flags : std::vector<short>{});
         data.indicators = caller.Block<double>(VT_R8, {{0, 1, 0, 2, 1}});
         data.rows = 5;
@@ -305,7 +313,7 @@ TEST(Datasets, MarkedRowsMoveToTheValidation)
     for (const SAFEARRAY* array :
          {validation.responses.vectors[0], validation.quantitative.vectors[0], validation.weights})
         EXPECT_EQ(CellsOf<double>(const_cast<SAFEARRAY*>(array)), out);
-    EXPECT_TRUE(CellsOf<double>(validation.secondWeights).empty()) << "no weights came";
+    EXPECT_EQ(CellsOf<double>(validation.secondWeights), (hasSecond ? out : Numbers{}));
 
     for (const ST_MVect* block : {&model.qualitative, &model.secondQualitative, &model.thirdQualitative})
         EXPECT_EQ(CellsOf<std::wstring>(block->vectors[0]), (Texts{L"1", L"3", L"4", L"4", L"5"}));
@@ -328,6 +336,12 @@ TEST(Datasets, MarkedRowsMoveToTheValidation)
         EXPECT_EQ(CellsOf<short>(array), outFlags);
     EXPECT_EQ(CellsOf<double>(model.indicators.vectors[0]), (Numbers{0, 1, 0, 2, 1}))
         << "the sample as it was given";
+}
+
+TEST(Datasets, MarkedRowsMoveToTheValidation)
+{
+    for (const bool hasSecondWeights : {true, false})
+        CheckSplit(hasSecondWeights);
 }
 
 TEST(Datasets, LowerTriangleAlone)
