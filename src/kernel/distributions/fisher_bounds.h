@@ -41,7 +41,18 @@ struct Completions
 /** Log of the sum of the weights: total! / (product of row totals! and column totals!). */
 double LogTotalWeight(std::span<const int> rows, std::span<const int> columns, const LogTables& logs);
 
-/** The weights of the tables with these margins: positive row totals, descending; column totals ascending. */
-Completions CompletionsOf(std::span<const int> rows, std::span<const int> columns, const LogTables& logs);
+/** What is left of a table while one of its columns is filled from the first row down. */
+struct PartlyFilled
+{
+    std::span<const int> filled;   ///< rows whose cell is filled: what they have left for the other columns
+    std::span<const int> open;     ///< totals of the rows whose cell is not, descending
+    std::span<const int> widths;   ///< filled and open together, descending
+    int left = 0;                  ///< what the open rows share of the column
+    std::span<const int> columns;  ///< totals of the other columns, ascending
+};
+
+/** The weights of all ways to go on, the filled cells left out of them. Without open rows: of all tables with these
+    margins. */
+Completions CompletionsOf(const PartlyFilled& table, const LogTables& logs);
 
 }  // namespace korvenrg::distributions

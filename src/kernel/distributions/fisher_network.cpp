@@ -60,6 +60,7 @@ class Network
         std::sort(rows_.begin(), rows_.end(), std::greater<>());
         std::sort(columns_.begin(), columns_.end());
         taken_.resize(rows_.size());
+        rest_.resize(rows_.size());
         child_.resize(rows_.size());
         observed_ = -logs_.SumOfFactorials(table.cells);
         limit_ = observed_ + kTieTolerance;
@@ -77,6 +78,15 @@ class Network
     }
 
   private:
+    // A way to take out a column, or the first rows of one, for some of the sorted paths of the node.
+    struct Edge
+    {
+        double logWeight;   // minus the sum of log(cell!) so far
+        double ways;        // arrangements of equal row totals
+        std::size_t first;  // paths before it are done
+        std::size_t last;   // paths from it on are dropped
+    };
+
     bool Exhausted() const
     {
         return steps_ > kMostSteps || pathsOfNext_ > kMostPaths;
@@ -132,7 +142,7 @@ class Network
             if (stage_ > 0 && MeetsRule()) {
                 AddChiSquareTails();
             } else {
-                TakeRow(0, columns_[stage_], 0.0, 1.0);
+                TakeRow(0, columns_[stage_], {0.0, 1.0, 0, paths_.size()});
             }
             if (Exhausted()) return false;
             nodes[i].paths = {};
@@ -203,15 +213,16 @@ class Network
 
     // Shares `left` of the column out over the rows from `row` on. Equal row totals are interchangeable:
     // among them only descending shares are formed, and `ways` counts their arrangements.
-    void TakeRow(std::size_t row, int left, double logWeight, double ways)
+    void TakeRow(std::size_t row, int left, Edge edge)
     {
         steps_ += 1;
         if (Exhausted()) return;
         if (row == totals_.size()) {
-            TakeEdge(logWeight, ways);
+            TakeEdge(edge);
             return;
         }
         const bool likeLast = row > 0 && totals_[row] == totals_[row - 1];
+        if (row > 0 && row + 1 < totals_.size() && !SomePathsGoOn(row, left, !likeLast, edge)) return;
         const int most = std::min({left, totals_[row], likeLast ? taken_[row - 1] : left});
         const int least = std::max(left - rowsBehind_[row + 1], 0);
         int place = 1;  // within the run of equal row totals
@@ -222,34 +233,70 @@ class Network
         }
         for (int share = most; share >= least; --share) {
             taken_[row] = share;
+            rest_[row] = totals_[row] - share;
             int equal = 1;  // how many of the run have taken this share
             while (equal < place && taken_[row - static_cast<std::size_t>(equal)] == share) {
                 ++equal;
             }
-            TakeRow(row + 1, left - share, logWeight - logs_.Factorial(share), ways * place / equal);
+            TakeRow(
+                row + 1,
+                left - share,
+                {edge.logWeight - logs_.Factorial(share), edge.ways * place / equal, edge.first, edge.last});
         }
     }
 
-    void TakeEdge(double logWeight, double ways)
+    // Narrows the paths of an edge whose first rows are filled to those that are still open. Where the next row begins a
+    // run of equal totals, all arrangements of the rows behind are formed, so that the mass of paths whose
+    // completions all count is known; else they go on.
+    bool SomePathsGoOn(std::size_t row, int left, bool beginsRun, Edge& edge)
     {
-        for (std::size_t i = 0; i < totals_.size(); ++i) {
-            child_[i] = totals_[i] - taken_[i];
-        }
+        const auto filled = static_cast<std::ptrdiff_t>(row);
+        std::copy(rest_.begin(), rest_.begin() + filled, child_.begin());
+        std::copy(totals_.begin() + filled, totals_.end(), child_.begin() + filled);
+        std::sort(child_.begin(), child_.end(), std::greater<>());
+        const Completions completions = CompletionsOf({std::span(rest_).first(row),
+                                                       std::span(totals_).subspan(row),
+                                                       child_,
+                                                       left,
+                                                       ColumnsFrom(stage_ + 1)},
+                                                      logs_);
+        edge.last = std::min(edge.last, PathsUpTo(limit_ - edge.logWeight - completions.smallest));
+        if (beginsRun) CountDecided(completions, edge);
+        return edge.first < edge.last;
+    }
+
+    // Adds the mass of the paths of an edge whose completions all count, and leaves the others.
+    void CountDecided(const Completions& completions, Edge& edge)
+    {
+        const std::size_t all = std::min(edge.last, PathsUpTo(limit_ - edge.logWeight - completions.largest));
+        if (all <= edge.first) return;
+        tail_.Add(ShareOf(completions, edge) * (massUpTo_[all] - massUpTo_[edge.first]));
+        edge.first = all;
+    }
+
+    // The part of the tables behind the node that an edge leads to.
+    double ShareOf(const Completions& completions, const Edge& edge) const
+    {
+        return edge.ways * std::exp(edge.logWeight + completions.logTotal - completions_.logTotal);
+    }
+
+    void TakeEdge(Edge edge)
+    {
         if (stage_ + 2 == columns_.size()) {  // one column is left, and there is one way to fill it
-            const double last = -logs_.SumOfFactorials(child_);
-            const std::size_t count = PathsUpTo(limit_ - logWeight - last);
-            if (count == 0) return;
-            tail_.Add(ways * std::exp(logWeight + last - completions_.logTotal) * massUpTo_[count]);
+            const double last = -logs_.SumOfFactorials(rest_);
+            CountDecided({last, last, last}, edge);
             return;
         }
+        child_ = rest_;
         std::sort(child_.begin(), child_.end(), std::greater<>());
         bool added = false;
         Node& child = next_.FindOrAdd(child_, added);
         if (added) {
-            child.completions = CompletionsOf(RowsInUse(), ColumnsFrom(stage_ + 1), logs_);
+            const auto rows = RowsInUse();
+            child.completions = CompletionsOf({rows, {}, rows, 0, ColumnsFrom(stage_ + 1)}, logs_);
             pathsOfNext_ += kPathsPerNode;
         }
-        FollowEdge(child, logWeight, ways);
+        FollowEdge(child, edge);
     }
 
     std::span<const int> RowsInUse() const
@@ -258,19 +305,17 @@ class Network
     }
 
     // Paths whose completions all count are done, those without any are dropped, the others go on.
-    void FollowEdge(Node& child, double logWeight, double ways)
+    void FollowEdge(Node& child, Edge edge)
     {
-        const std::size_t allCount = PathsUpTo(limit_ - logWeight - child.completions.largest);
-        const std::size_t someCount = PathsUpTo(limit_ - logWeight - child.completions.smallest);
-        if (someCount == 0) return;
-        const double share = ways * std::exp(logWeight + child.completions.logTotal - completions_.logTotal);
-        tail_.Add(share * massUpTo_[allCount]);
-        if (allCount >= someCount) return;
+        edge.last = std::min(edge.last, PathsUpTo(limit_ - edge.logWeight - child.completions.smallest));
+        CountDecided(child.completions, edge);
+        if (edge.first >= edge.last) return;
+        const double share = ShareOf(child.completions, edge);
         const auto before = static_cast<std::int64_t>(child.paths.size());
-        for (std::size_t k = allCount; k < someCount; ++k) {
-            child.paths.Add(paths_[k].logWeight + logWeight, share * paths_[k].mass);
+        for (std::size_t k = edge.first; k < edge.last; ++k) {
+            child.paths.Add(paths_[k].logWeight + edge.logWeight, share * paths_[k].mass);
         }
-        steps_ += static_cast<std::int64_t>(someCount - allCount);
+        steps_ += static_cast<std::int64_t>(edge.last - edge.first);
         pathsOfNext_ += static_cast<std::int64_t>(child.paths.size()) - before;
     }
 
@@ -302,8 +347,9 @@ class Network
     std::vector<PastPaths> paths_;
     std::vector<double> massUpTo_;
     Completions completions_;
-    std::vector<int> taken_;
-    std::vector<int> child_;
+    std::vector<int> taken_;  ///< what each filled row gave to the column
+    std::vector<int> rest_;   ///< and what it has left
+    std::vector<int> child_;  ///< row totals at the end of the edge, descending
 };
 
 }  // namespace

@@ -38,7 +38,8 @@ struct NetworkResult
  * out one more column. From bounds on the most and the least probable completion of the node at its end it
  * follows for most paths that all completions count, and their mass is added as a whole, or that none does;
  * only the others go on (Mehta & Patel 1983, "A network algorithm for performing Fisher's exact test in r x c
- * contingency tables"). With an active rule, the paths of a node whose remaining table meets it take the tail
+ * contingency tables"). The same bounds are asked while the column is shared out over the rows, so that most ways to
+ * share it are never formed. With an active rule, the paths of a node whose remaining table meets it take the tail
  * of chi-square instead (Mehta & Patel 1986, "A hybrid algorithm for Fisher's exact test in unordered r x c
  * contingency tables"). The whole table is expanded by its first column; only when that, or what follows,
  * takes more work than the limits allow, and the whole table meets the rule, chi-square stands for all of it.
