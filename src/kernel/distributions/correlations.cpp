@@ -24,7 +24,7 @@ Weights EffectiveWeights(int n, const short* mask, const matrix<double>* W)
     Weights weights(static_cast<std::size_t>(std::max(n, 0)));
     for (int r = 1; r <= n; ++r) {
         const auto row = static_cast<std::size_t>(r - 1);
-        const bool masked = mask != nullptr && mask[row] == korvenrg::kTrue;
+        const bool masked = mask != nullptr && mask[row] != 0;
         const double weight = W == nullptr ? 1.0 : W->vbget(r);
         weights[row] = !masked && weight > 0.0 ? weight : 0.0;
     }

@@ -1,7 +1,7 @@
 /**
  * Correlations of vectors and of tables, with p-values.
  *
- * Common to all. Rows with a true mask flag (-1) and rows whose weight is not above 0 are left out, whatever they hold. A
+ * Common to all. Rows with a mask flag other than 0 and rows whose weight is not above 0 are left out, whatever they hold. A
  * null mask leaves out none, null weights are weights of 1. The p-value is two-sided, of Student's
  * t = r sqrt(df / (1 - r^2)) on df = (sum of weights - 2) degrees of freedom; the missing marker when those are not
  * positive. A vector without spread gives a correlation of 0; a NaN in a row that counts gives NaN.

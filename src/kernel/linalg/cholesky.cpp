@@ -18,6 +18,12 @@ using namespace korvenrg::linalg;
 
 namespace {
 
+// Rounding units that a pivot may have gathered.
+constexpr double kPivotRoundings = 8.0;
+
+// A pivot above this many times its least rounding is no rounding, whatever was cancelled.
+constexpr double kLargestCancellation = 1E10;
+
 double RoundingShare(std::size_t n)
 {
     return static_cast<double>(n) * korvenrg::kEps;
@@ -61,20 +67,51 @@ enum class ZeroPivots
     kSkip
 };
 
+// Coefficients of row k on the rows before it: they solve L' b = row k of L. 0 for a row without a pivot.
+std::vector<double> CoefficientsOnEarlierRows(const DenseBlock& work, std::size_t k)
+{
+    std::vector<double> coefficients(k);
+    for (std::size_t j = k; j-- > 0;) {
+        if (work(j, j) == 0.0) continue;
+        double sum = work(k, j);
+        for (std::size_t i = j + 1; i < k; ++i) {
+            sum -= work(i, j) * coefficients[i];
+        }
+        coefficients[j] = sum / work(j, j);
+    }
+    return coefficients;
+}
+
+// Size up to which pivot k may be nothing but rounding. The pivot is the square of row k less its fit on the rows
+// before it; each cell of that form carries rounding on the scale of its diagonal cells.
+double PivotRounding(const DenseBlock& work, std::size_t k, const std::vector<double>& diagonal)
+{
+    const double least = RoundingShare(work.cols) * diagonal[k];
+    if (!(std::fabs(work(k, k)) <= kLargestCancellation * least)) return least;
+    double scale = std::sqrt(diagonal[k]);
+    const std::vector<double> coefficients = CoefficientsOnEarlierRows(work, k);
+    for (std::size_t j = 0; j < k; ++j) {
+        scale += std::fabs(coefficients[j]) * std::sqrt(diagonal[j]);
+    }
+    return std::max(least, kPivotRoundings * korvenrg::kEps * scale * scale);
+}
+
 // Factors the lower triangle in place. Returns the position from 1 of the first bad pivot, or 0.
 std::size_t FactorInPlace(DenseBlock& work, ZeroPivots zeroPivots)
 {
     const std::size_t n = work.cols;
+    const bool skips = zeroPivots == ZeroPivots::kSkip;
     std::size_t bad = 0;
-    std::vector<double> limits(n);
+    std::vector<double> diagonal(n);
     for (std::size_t k = 0; k < n; ++k) {
-        limits[k] = RoundingShare(n) * std::fabs(work(k, k));
+        diagonal[k] = std::fabs(work(k, k));
     }
     for (std::size_t k = 0; k < n; ++k) {
         const double pivot = work(k, k);
-        if (pivot > limits[k] && std::isfinite(pivot)) {
+        const double limit = skips ? PivotRounding(work, k, diagonal) : RoundingShare(n) * diagonal[k];
+        if (pivot > limit && std::isfinite(pivot)) {
             EliminateColumn(work, k);
-        } else if (zeroPivots == ZeroPivots::kSkip && std::fabs(pivot) <= limits[k]) {
+        } else if (skips && std::fabs(pivot) <= limit) {
             std::fill_n(work.Column(k), n, 0.0);
         } else {
             bad = k + 1;
@@ -143,7 +180,7 @@ bool FactorPivoted(DenseBlock& work, std::vector<std::size_t>& order)
         EliminateColumn(work, k);
         MirrorFrom(work, k + 1);
     }
-    const bool semidefinite = IsRounding(work, k, limit);
+    const bool semidefinite = IsRounding(work, k, kPivotRoundings * limit);
     ClearColumnsFrom(work, k);
     ClearAbove(work);
     return semidefinite;

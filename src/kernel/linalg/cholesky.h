@@ -26,9 +26,10 @@ int M_CholDecomp(matrixSparse* A, int n, matrixSparse* L);
  * @param A     n x n, symmetric; the lower triangle is read
  * @param keep  n marks: 0 takes part, anything else is left out; null leaves none out
  * @param L     n(n+1)/2 x 1, the lower triangle by rows; created when null, given the shape when of another one
- * @return 0, also when pivots were skipped: a skipped pivot is between -n eps and n eps times its diagonal cell
- * in A; -k when pivot k is below that (or not a number), which no covariance matrix has: L is then 0 from
- * column k on
+ * @return 0, also when pivots were skipped: a skipped pivot is at most rounding in size, n eps times its diagonal cell in
+ * A or, where more was cancelled, 8 eps (sum of |b_j| sqrt(A_jj))^2 with b the coefficients of the row on those before
+ * it and 1 for itself; -k when pivot k is below that (or not a number), which no covariance matrix has: L is then 0
+ * from column k on
  */
 int M_CholDecompCleaned(matrix<double>* A, int n, matrix<double>* keep, matrix<double>*& L);
 

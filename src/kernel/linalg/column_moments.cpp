@@ -261,17 +261,14 @@ int M_CovCorr(matrix<double>*& X,
 
 void M_CorrMatFromCovMat(matrix<double>* C, int n, matrix<double>* R, short flag)
 {
-    Cells deviations;
-    for (int i = 1; i <= n; ++i) {
-        const double variance = C->vbget(i, i);
-        deviations.push_back(variance > 0.0 ? std::sqrt(variance) : 0.0);
-    }
     for (int j = 1; j <= n; ++j) {
+        const double variance = C->vbget(j, j);
         for (int i = 1; i <= n; ++i) {
-            const double scale =
-                deviations[static_cast<std::size_t>(i - 1)] * deviations[static_cast<std::size_t>(j - 1)];
-            double correlation = scale > 0.0 ? C->vbget(i, j) / scale : 0.0;
-            if (i == j && (scale > 0.0 || flag == kTrue)) correlation = 1.0;
+            const double other = C->vbget(i, i);
+            const bool isSpread = variance > 0.0 && other > 0.0;
+            double correlation =
+                isSpread ? korvenrg::linalg::CorrelationOf(C->vbget(i, j), other, variance) : 0.0;
+            if (i == j && (isSpread || flag == kTrue)) correlation = 1.0;
             R->vbset(i, j, correlation);
         }
     }

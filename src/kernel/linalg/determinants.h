@@ -30,9 +30,10 @@ double M_Determinant(matrix<double>* A, int n);
  * have no pivot of their own: the product of the other pivots of its Cholesky reduction in natural order.
  *
  * @param A     n x n, symmetric; the lower triangle is read
- * @param keep  n marks: 0 takes part, anything else is left out; null leaves none out. A pivot between -n eps
- *              and n eps times its diagonal cell in A is left out too
- * @param ok    receives -1 when at least one pivot took part and none was negative, otherwise 0; null: not
+ * @param keep  n marks: 0 takes part, anything else is left out; null leaves none out. A pivot that is nothing but
+ *              rounding is left out too (M_CholDecompCleaned)
+ * @param ok    receives -1 when at least one pivot took part and none was negative, otherwise 0; it does
+ *              not tell whether pivots were left out; null: not
  *              wanted
  * @return the determinant; 0 when `ok` is 0
  */

@@ -162,6 +162,7 @@ int matrixSparse::inverse1(matrixSparse* result, short& ok, double tolerance) co
     ok = korvenrg::kFalse;
     if (rows_ != Cols()) return -1;
     result->Redim(rows_, rows_, 0.0);
+    bool isRegular = true;
     std::vector<std::size_t> positions(columns_.size());  // of an index within its block
     for (const std::vector<int>& block : LinkedBlocks()) {
         const std::size_t n = block.size();
@@ -174,7 +175,10 @@ int matrixSparse::inverse1(matrixSparse* result, short& ok, double tolerance) co
                 cells[k * n + positions[static_cast<std::size_t>(cell.row)]] = cell.value;
             }
         }
-        if (!InvertInPlace(cells, n, tolerance)) return -1;
+        if (!InvertInPlace(cells, n, tolerance)) {
+            isRegular = false;
+            continue;
+        }
         for (std::size_t k = 0; k < n; ++k) {
             Column& column = result->columns_[static_cast<std::size_t>(block[k])];
             for (std::size_t i = 0; i < n; ++i) {
@@ -182,8 +186,8 @@ int matrixSparse::inverse1(matrixSparse* result, short& ok, double tolerance) co
             }
         }
     }
-    ok = korvenrg::kTrue;
-    return 0;
+    ok = korvenrg::AsFlag(isRegular);
+    return isRegular ? 0 : -1;
 }
 
 void matrixSparse::outputSparse(matrix<double>* dense) const

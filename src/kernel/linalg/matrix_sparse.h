@@ -89,7 +89,7 @@ class KORVENRG_API matrixSparse final
      * Inverse of a square matrix, by elimination with row pivoting within each block of indices that are
      * linked by non-zero cells: a block-diagonal matrix costs the sum of its blocks.
      *
-     * @param result     receives the inverse; undefined on failure. May not be this matrix.
+     * @param result     receives the inverse; the blocks that have none are 0 there. May not be this matrix.
      * @param ok         receives -1 on success, 0 when a pivot is not above `tolerance` in absolute value
      * @return 0 on success, -1 on failure or when the matrix is not square
      */

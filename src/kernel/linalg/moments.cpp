@@ -10,6 +10,9 @@ namespace korvenrg::linalg {
 
 namespace {
 
+/** A correlation that exceeds 1 by at most this does so by rounding. */
+constexpr double kCorrelationRounding = 16.0 * kEps;
+
 double TotalWeight(int n, const double* weights)
 {
     if (weights == nullptr) return n;
@@ -114,13 +117,35 @@ std::vector<double> SumsOfSquares(Columns columns, int n, const double* weights,
     return sums;
 }
 
+namespace {
+
+// The root of a product of equal numbers is that number exactly, so the product is formed, its exponents apart.
+double RootOfProduct(double a, double b)
+{
+    int exponentA = 0, exponentB = 0;
+    const double mantissas = std::frexp(a, &exponentA) * std::frexp(b, &exponentB);
+    const int exponent = exponentA + exponentB;
+    const int odd = exponent & 1;
+    return std::ldexp(std::sqrt(std::ldexp(mantissas, odd)), (exponent - odd) / 2);
+}
+
+}  // namespace
+
+double CorrelationOf(double product, double squareA, double squareB)
+{
+    const double scale = RootOfProduct(squareA, squareB);
+    if (scale == 0.0) return 0.0;
+    const double correlation = product / scale;
+    const double excess = std::fabs(correlation) - 1.0;
+    return excess > 0.0 && excess <= kCorrelationRounding ? std::copysign(1.0, correlation) : correlation;
+}
+
 std::vector<double> CorrelationsOf(const std::vector<double>& products, std::size_t q)
 {
     std::vector<double> correlations(q * q);
     for (std::size_t j = 0; j < q; ++j) {
         for (std::size_t i = 0; i < q; ++i) {
-            const double scale = std::sqrt(products[i * q + i]) * std::sqrt(products[j * q + j]);
-            double correlation = scale == 0.0 ? 0.0 : products[j * q + i] / scale;
+            double correlation = CorrelationOf(products[j * q + i], products[i * q + i], products[j * q + j]);
             if (i == j && correlation != 0.0 && !std::isnan(correlation)) correlation = 1.0;
             correlations[j * q + i] = correlation;
         }

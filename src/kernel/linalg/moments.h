@@ -42,6 +42,10 @@ class RowWeights
  * centre, taken out. */
 std::vector<double> SumsOfSquares(Columns columns, int n, const double* weights, const Centres& centres);
 
+/** Correlation from a cross-product and the two sums of squares: exactly 1 or -1 for proportional columns and where
+ * rounding takes it past them; 0 when a sum of squares is 0. */
+double CorrelationOf(double product, double squareA, double squareB);
+
 /** Correlations from centred cross-products (q x q by columns): 0 for a column without spread, with itself too, exactly
  * 1 for any other column with itself. */
 std::vector<double> CorrelationsOf(const std::vector<double>& products, std::size_t q);

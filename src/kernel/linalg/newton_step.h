@@ -19,7 +19,9 @@
  * towards the scaled gradient. `inverse` and `work` still come from the undamped Hessian.
  *
  * Results, the first that holds counts:
- *  - -1: no step. Every free pivot was refused, a cell among the free ones is not finite, or the step is not.
+ *  - -1: no step. Every free pivot was refused, a cell among the free ones is not finite, or the step or a parameter
+ *    that it moves is not: with an infinite start, such as the intercept of a category without rows, there is no fit.
+ *    A caller whose models may start at an infinite threshold cuts it to the clip of its predictor before.
  *    `beta` is unchanged, `inverse` and `work` are 0. Callers give up at the first pass, and later end the
  *    iteration with the iterate that stands.
  *  - 1: degenerate. Some free pivots were refused. The step is sound, but the refused parameters stay where

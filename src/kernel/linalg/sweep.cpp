@@ -18,7 +18,7 @@ double CellOf(const double* packed, int i, int j)
 }
 
 // Takes column column' / pivot out of the packed triangle. Each cell has one product and one difference, so
-// that every instruction set gives the same bits.
+// that every instruction set gives the same bits. A pivot of a column that falls below 0 is 0 but for rounding.
 [[gnu::always_inline]] inline void TakeOutProductsBody(double* __restrict row,
                                                        const double* __restrict column,
                                                        std::size_t m,
@@ -27,9 +27,12 @@ double CellOf(const double* packed, int i, int j)
     for (std::size_t i = 0; i < m; ++i) {
         const double multiplier = column[i] / pivot;
         if (multiplier != 0.0) {
+            const double before = row[i];
+            const bool isRounding = before >= 0.0 && before - multiplier * column[i] < 0.0 && i + 1 < m;
             for (std::size_t j = 0; j <= i; ++j) {
                 row[j] -= multiplier * column[j];
             }
+            if (isRounding) row[i] = 0.0;
         }
         row += i + 1;
     }

@@ -21,19 +21,20 @@ constexpr std::size_t PackedPosition(int i, int j)
     return row * (row - 1) / 2 + col;
 }
 
-/** M_Sweep on bare cells: m x m, lower triangle by rows, pivot k from 0. A pivot of 0 or NaN changes nothing.
- */
+/** M_Sweep on bare cells: m x m, lower triangle by rows, pivot k from 0. A pivot of 0 or NaN changes nothing. */
 void SweepPacked(double* cells, std::size_t m, std::size_t k);
 
 }  // namespace korvenrg::linalg
 
 /**
- * Sweeps pivot k of an m x m symmetric matrix, in place (Goodnight 1979, "A tutorial on the SWEEP operator";
+ * Sweeps pivot k of an m x m positive semidefinite matrix, in place (Goodnight 1979, "A tutorial on the SWEEP operator";
  * the form with the negative inverse is Dempster's 1969).
  *
  * After sweeping a set S: cell (i, j) of S holds -(A_SS^-1)(i, j), cell (i, j) with i outside and j inside S
  * the regression coefficient of i on j, other cells the residual cross-products. Sweeping a pivot again
- * undoes it: a negative pivot is taken as swept. Order does not matter.
+ * undoes it: a negative pivot is taken as swept. Order does not matter. The matrix is positive semidefinite, so where
+ * rounding takes the pivot of a column that is not swept below 0, it becomes 0 and is not mistaken for a swept one; the
+ * last row, the response of a regression, is left as it comes.
  *
  * @param packed  lower triangle by rows, m(m+1)/2 cells; a shorter vector is left alone
  * @param k       pivot, 1..m. A pivot of exactly 0 or NaN, or outside 1..m, changes nothing.

@@ -38,3 +38,15 @@ void GenerateRandomIndicator(matrix<double>* column, int n, int nv, int* seed, s
     }
     if (lastSeed != nullptr) *lastSeed = stream.State();
 }
+
+void GenerateRandomCounts(matrix<double>* column, int n, int draws, int* seed, short seedFlag, int* lastSeed)
+{
+    if (column == nullptr) return;
+    auto stream = korvenrg::random::StartStream(seed, seedFlag);
+    const int rows = RowsOf(*column, n);
+    std::fill_n(column->data, rows, 0.0);
+    for (int k = 0; k < draws && rows > 0; ++k) {
+        column->data[static_cast<int>(stream.Next() * rows)] += 1.0;
+    }
+    if (lastSeed != nullptr) *lastSeed = stream.State();
+}

@@ -1,4 +1,4 @@
-/** 0/1 markers of rows: validation samples. An n beyond the cells of the column counts as their number. */
+/** Markers of rows: validation and bootstrap samples. An n beyond the cells of the column counts as their number. */
 #pragma once
 
 #include "core/matrix.h"
@@ -20,3 +20,12 @@ void GenerateIndicator(matrix<double>* column, int n, int first, int last);
  * @param seed, seedFlag, lastSeed  as in every draw (kernel/random/uniform.h)
  */
 void GenerateRandomIndicator(matrix<double>* column, int n, int nv, int* seed, short seedFlag, int* lastSeed);
+
+/**
+ * Draws rows of n with replacement, for a bootstrap sample.
+ *
+ * @param column  n x 1, out: how often each row was drawn; null does nothing
+ * @param draws   number of draws, each of one uniform; below 0 counts as 0
+ * @param seed, seedFlag, lastSeed  as in every draw
+ */
+void GenerateRandomCounts(matrix<double>* column, int n, int draws, int* seed, short seedFlag, int* lastSeed);

@@ -38,7 +38,7 @@ TEST(PearsonRho, WeightsActAsReplicatedRowsAndMaskDropsThem)
     matrix<double> x = Column({1, 2, 2, 5, 9});
     matrix<double> y = Column({3, 1, 1, 4, std::numeric_limits<double>::quiet_NaN()});
     matrix<double> weights = Column({1, 2, 0, 1, 1});
-    const short mask[] = {0, 0, 0, 0, korvenrg::kTrue};
+    const short mask[] = {0, 0, 0, 0, 1};  // any value but 0 leaves the row out
     double weightedP = 0.0;
     double replicatedP = 0.0;
     const double weighted = V_PearsonRho(&x, 5, &y, mask, &weights, &weightedP);

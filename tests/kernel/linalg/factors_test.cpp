@@ -56,6 +56,28 @@ TEST(Cholesky, CleanedSkipsMarkedAndEmptyPivots)
     delete L;
 }
 
+// Covariances of two columns at correlation c and a combination of both: what is left of its pivot is rounding of what was
+// cancelled, far above that of the cell itself. A third column with a spread of 1e-5 of its own stays.
+TEST(Cholesky, CleanedKnowsWhatCancellationLeaves)
+{
+    for (const double c : {0.0, 0.9, 0.999, 0.99999}) {
+        for (int k = 1; k <= 40; ++k) {
+            const double a = std::sqrt(k) / 3, b = -1 / std::sqrt(k + 1);
+            const double toFirst = a + b * c, toSecond = a * c + b, own = a * toFirst + b * toSecond;
+            matrix<double> A = ByRows(3, 3, {1, c, toFirst, c, 1, toSecond, toFirst, toSecond, own});
+            matrix<double>* L = nullptr;
+            EXPECT_EQ(M_CholDecompCleaned(&A, 3, nullptr, L), 0) << c << ' ' << k;
+            EXPECT_EQ(L->vbget(6), 0.0) << c << ' ' << k;
+            A.vbset(3, 3, own + 1e-10);
+            EXPECT_EQ(M_CholDecompCleaned(&A, 3, nullptr, L), 0);
+            EXPECT_NEAR(L->vbget(6), 1e-5, 1e-7) << c << ' ' << k;
+            A.vbset(3, 3, own - 1e-4);
+            EXPECT_EQ(M_CholDecompCleaned(&A, 3, nullptr, L), -3);
+            delete L;
+        }
+    }
+}
+
 TEST(Cholesky, PivotedFactorOfASemidefiniteMatrix)
 {
     matrix<double> A = ByRows(3, 3, {1, 1, 2, 1, 1, 2, 2, 2, 13});

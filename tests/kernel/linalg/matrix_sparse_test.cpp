@@ -61,9 +61,12 @@ TEST(MatrixSparse, InverseStaysBlockDiagonal)
             EXPECT_NEAR(product, i == j ? 1.0 : 0.0, kRoundoff) << i << ' ' << j;
         }
     }
-    sparse.vbset(5, 5, 0.0);
+    sparse.vbset(1, 3, 8.0);  // now the first block has none, and the second keeps its own
+    const double kept = inverse.vbget(4, 4);
     EXPECT_EQ(sparse.inverse1(&inverse, ok, 1e-12), -1);
     EXPECT_EQ(ok, 0);
+    EXPECT_EQ(inverse.vbget(1, 1), 0.0);
+    EXPECT_EQ(inverse.vbget(4, 4), kept);
     EXPECT_EQ(matrixSparse(2, 3, 1.0).inverse1(&inverse, ok, 1e-12), -1);
 }
 

@@ -34,6 +34,26 @@ TEST(Moments, HandWorkedWeightedTable)
     ExpectClose(aboutZero.correlation[0], 50.0 / 5.0 / (sxx / 5.0), kRoundoff);
 }
 
+// Proportional columns, on scales whose squares leave the range too: 1 or -1 exactly, never an ulp beside it.
+TEST(Moments, ProportionalColumnsCorrelateExactly)
+{
+    for (const double scale : {1.0, 1e-90, 1e100}) {
+        for (int k = 1; k <= 50; ++k) {
+            std::vector<double> x, minus;
+            for (int i = 0; i < 7; ++i)
+                x.push_back(scale * std::sin(k * 1.7 + i * i));
+            for (const double cell : x)
+                minus.push_back(-2.0 * cell);
+            const double* columns[] = {x.data(), x.data(), minus.data()};
+            const std::vector<double> r = CorrelationMoments(columns, 7, nullptr).correlation;
+            ASSERT_EQ(r[1], 1.0) << scale << ' ' << k;
+            ASSERT_EQ(r[2], -1.0) << scale << ' ' << k;
+        }
+    }
+    EXPECT_EQ(CorrelationOf(3.0, 1.0, 4.0), 1.5) << "no covariance matrix: shown as it is";
+    EXPECT_EQ(CorrelationOf(-1.0 - 1e-15, 1.0, 1.0), -1.0);
+}
+
 TEST(Moments, ConstantColumnHasNoSpreadAndNoCorrelation)
 {
     const std::vector<double> constant(5, 0.3);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -88,6 +89,20 @@ TEST(Sweep, TwiceRestoresInAnyOrder)
     }
 }
 
+// Column 2 is column 1 with a cell that rounding made too large; the response, in the last row, may fall below 0.
+TEST(Sweep, PivotsOfUnsweptColumnsStopAtZero)
+{
+    matrix<double> packed(static_cast<int>(PackedSize(3)), 1);
+    const double cells[] = {1.0, 1.0 + 1e-15, 1.0, 1.0 + 1e-15, 1.0, 1.0};
+    std::copy(cells, cells + 6, packed.data);
+    M_Sweep(&packed, 3, 1);
+    EXPECT_EQ(At(packed, 2, 2), 0.0);
+    EXPECT_LT(At(packed, 3, 3), 0.0);
+    EXPECT_EQ(At(packed, 1, 1), -1.0);
+    M_Sweep(&packed, 3, 1);
+    EXPECT_NEAR(At(packed, 2, 2), 1.0, kRoundoff);
+}
+
 TEST(Sweep, ZeroPivotAndBadArgumentsChangeNothing)
 {
     matrix<double> packed(3, 1);
@@ -170,21 +185,23 @@ TEST(CheckIfIn, AliasedColumnNeverComesBackOnNoise)
     EXPECT_LE(OLSCheckIfIn(&packed, p, p, 0.0), 0.0);
 }
 
-// Cells of moments about zero, unit spreads: two columns of the given mean, and their sum plus noise.
-matrix<double> MomentsAboutZero(double mean, double noise)
+// Cells of moments about zero, unit spreads: two columns of the given mean, a combination of both, and their sum plus
+// noise.
+matrix<double> MomentsAboutZero(double mean, double noise, unsigned seed)
 {
     constexpr int rows = 50;
-    std::mt19937 generator(3);
+    std::mt19937 generator(seed);
     std::uniform_real_distribution<double> uniform(-1.7, 1.7);
-    std::vector<std::vector<double>> x(3, std::vector<double>(rows));
+    std::vector<std::vector<double>> x(4, std::vector<double>(rows));
     for (std::size_t r = 0; r < rows; ++r) {
         x[0][r] = mean + uniform(generator);
         x[1][r] = mean + uniform(generator);
-        x[2][r] = (x[0][r] + x[1][r]) / 1.4 + noise * uniform(generator);
+        x[2][r] = 0.7 * x[0][r] + 0.9 * x[1][r];
+        x[3][r] = (x[0][r] + x[1][r]) / 1.4 + noise * uniform(generator);
     }
-    matrix<double> packed(static_cast<int>(PackedSize(4)), 1);
-    packed.vbset(static_cast<int>(PackedPosition(4, 4)), 1.0);
-    for (int i = 1; i <= 3; ++i) {
+    matrix<double> packed(static_cast<int>(PackedSize(5)), 1);
+    packed.vbset(static_cast<int>(PackedPosition(5, 5)), 1.0);
+    for (int i = 1; i <= 4; ++i) {
         for (int j = 1; j <= i; ++j) {
             double sum = 0.0;
             for (std::size_t r = 0; r < rows; ++r) {
@@ -196,6 +213,8 @@ matrix<double> MomentsAboutZero(double mean, double noise)
     return packed;
 }
 
+// The third column is refused with a pivot that rounding takes to either side of 0. It must not be taken for a swept
+// one when the fourth is judged.
 TEST(CheckIfIn, RoundingIsJudgedOnTheScaleOfTheCells)
 {
     const struct
@@ -204,10 +223,13 @@ TEST(CheckIfIn, RoundingIsJudgedOnTheScaleOfTheCells)
         bool enters;
     } cases[] = {{0, 0, false}, {30, 0, false}, {1e4, 0, false}, {5e4, 0, false}, {1e4, 0.1, true}};
     for (const auto& c : cases) {
-        matrix<double> packed = MomentsAboutZero(c.mean, c.noise);
-        M_Sweep(&packed, 4, 1);
-        M_Sweep(&packed, 4, 2);
-        EXPECT_EQ(OLSCheckIfIn(&packed, 3, 3, 0.0) > 0.0, c.enters) << c.mean;
+        for (unsigned seed = 1; seed <= 20; ++seed) {
+            matrix<double> packed = MomentsAboutZero(c.mean, c.noise, seed);
+            M_Sweep(&packed, 5, 1);
+            M_Sweep(&packed, 5, 2);
+            EXPECT_LE(OLSCheckIfIn(&packed, 4, 3, 0.0), 0.0) << c.mean;
+            EXPECT_EQ(OLSCheckIfIn(&packed, 4, 4, 0.0) > 0.0, c.enters) << c.mean << ' ' << seed;
+        }
     }
 }
 

@@ -74,6 +74,20 @@ TEST(ToleranceScreen, MarksWhatDependsOnEarlierColumns)
     EXPECT_LT(screen.tolerances.vbget(1), 1e-5);
 }
 
+// Column 2 repeats column 1 up to rounding of either sign.
+TEST(ToleranceScreen, ARefusedColumnHasNoInflation)
+{
+    for (const double rounding : {-4e-16, 0.0, 4e-16}) {
+        Screen screen;
+        screen.R.vbset(1, 2, 1.0 + rounding);
+        screen.R.vbset(2, 1, 1.0 + rounding);
+        screen.Run(30, 1e-4);
+        EXPECT_EQ(screen.states.vbget(2), 1);
+        EXPECT_EQ(screen.tolerances.vbget(2), 0.0);
+        EXPECT_EQ(screen.inflations.vbget(2), kMissing);
+    }
+}
+
 TEST(ToleranceScreen, KeepsToWhatTakesPart)
 {
     Screen held;

@@ -49,6 +49,15 @@ TEST(Uniform, FirstDrawReportsTheClocksSeed)
     const double first = Cpp_Random01(&seed, kFalse, &last);
     EXPECT_GT(seed, 0);
     EXPECT_EQ(Cpp_Random01(&seed, kTrue, nullptr), first);
+    matrix<double> column(9, 1), again(9, 1);
+    matrix<double>* table = &column;
+    int seeds[3] = {-5, -5, -5};
+    M_GenerateRandom01(table, 9, 1, &seeds[0], kFalse, nullptr);
+    EXPECT_GT(seeds[0], 0);
+    GenerateRandomIndicator(&again, 9, 4, &seeds[1], kFalse, nullptr);
+    EXPECT_GT(seeds[1], 0);
+    GenerateRandomCounts(&again, 9, 4, &seeds[2], kFalse, nullptr);
+    EXPECT_GT(seeds[2], 0);
     EXPECT_EQ(GetSeed2(-5, kTrue), -5);
     EXPECT_GT(GetSeed2(-5, kFalse), 0);
 }
@@ -181,6 +190,39 @@ TEST(Indicators, RandomMarksAreExactInNumberAndEvenOverSets)
         GenerateRandomIndicator(&column, 6, nv, &seed, kTrue, &seed);
         EXPECT_EQ(std::count(column.data, column.data + 6, 1.0), std::clamp(nv, 0, 6)) << nv;
     }
+}
+
+// 4 draws of 3 rows: the 15 tables of counts come with multinomial probabilities.
+TEST(Indicators, CountsAreDrawsWithReplacement)
+{
+    constexpr int kSamples = 30000;
+    matrix<double> column(4, 1, 9.0);
+    std::vector<int> seen(25);  // by the counts of the first two rows
+    int seed = 11;
+    for (int k = 0; k < kSamples; ++k) {
+        GenerateRandomCounts(&column, 3, 4, &seed, kTrue, &seed);
+        ASSERT_EQ(column.vbget(1) + column.vbget(2) + column.vbget(3), 4.0);
+        seen[static_cast<std::size_t>(5 * column.vbget(1) + column.vbget(2))] += 1;
+    }
+    EXPECT_EQ(column.vbget(4), 9.0);
+    const double factorial[] = {1, 1, 2, 6, 24};
+    double chiSquare = 0.0;
+    for (int a = 0; a <= 4; ++a) {
+        for (int b = 0; a + b <= 4; ++b) {
+            const double expected =
+                kSamples * 24.0 / 81.0 / (factorial[a] * factorial[b] * factorial[4 - a - b]);
+            const double gap = seen[static_cast<std::size_t>(5 * a + b)] - expected;
+            chiSquare += gap * gap / expected;
+        }
+    }
+    EXPECT_LT(std::fabs(chiSquare - 14.0) / std::sqrt(28.0), kLimit);
+    int state = 11, last = 0;
+    GenerateRandomCounts(&column, 3, 4, &state, kTrue, &last);
+    for (int k = 0; k < 4; ++k)
+        Cpp_Random01(&state, kTrue, &state);
+    EXPECT_EQ(state, last) << "one uniform a draw";
+    GenerateRandomCounts(&column, 3, -1, &state, kTrue, nullptr);
+    EXPECT_EQ(column.vbget(1), 0.0);
 }
 
 }  // namespace
