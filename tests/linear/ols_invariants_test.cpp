@@ -250,5 +250,32 @@ TEST(OlsInvariants, AnInterceptFixedAtItsEstimateChangesNoCoefficient)
     EXPECT_EQ(fixed.fit(kFitDf), free.fit(kFitDf) + 1);
 }
 
+// Two combinations of two columns, about zero and with a tolerance of 0: whatever the level, rounding lets neither in.
+TEST(OlsInvariants, AliasedColumnsStayOutOnAnyLevel)
+{
+    constexpr size_t kRows = 50;
+    for (const double level : {0.0, 5.0, 30.0, 1000.0}) {
+        for (int k = 1; k <= 15; ++k) {
+            std::vector<Vector> x(5, Vector(kRows));
+            Vector y(kRows);
+            for (size_t i = 0; i < kRows; ++i) {
+                const double t = static_cast<double>(i) * (1 + 0.01 * k);
+                x[0][i] = level + std::sin(7.1 * t);
+                x[1][i] = level + std::cos(3.3 * t * t);
+                x[2][i] = level + std::sin(1.9 * t * t + k);
+                x[3][i] = 0.7 * x[1][i] + 0.9 * x[2][i];
+                x[4][i] = (x[1][i] + x[2][i]) / 1.4;
+                y[i] = x[0][i] + std::cos(t);
+            }
+            OlsProblem q = Regression(y, x);
+            q.options[kFixedIntercept] = 1.0;
+            q.options[kTolerance] = 0.0;
+            const OlsResults r = RunOls(q);
+            EXPECT_EQ(r.pFinal[0], 3) << level << ' ' << k;
+            EXPECT_EQ(r.anova(kAnovaError, kAnovaDf), kRows - 3.0) << level << ' ' << k;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace linear_test

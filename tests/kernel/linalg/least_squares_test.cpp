@@ -109,6 +109,12 @@ TEST(LeastSquares, RefusedTermsHaveCoefficientZero)
     EXPECT_EQ(errors.vbget(2), 0.0);
     OLSBasic2(2, 1, &X, &Y, nullptr, 1, kFalse, kFalse, 1e-4, &coefficients, &errors, &fitted, &mse);
     EXPECT_EQ(errors.vbget(1), korvenrg::kMissing) << "no degree of freedom is left";
+
+    // Through the origin b = 53 / 55, and one degree of freedom goes instead of two.
+    OLSBasic2(5, 1, &X, &Y, nullptr, 1, kFalse, korvenrg::kTrue, 1e-4, &coefficients, &errors, &fitted, &mse);
+    ExpectClose(coefficients.vbget(1), 53.0 / 55, kRoundoff);
+    ExpectClose(mse, (55 - 53.0 * 53.0 / 55) / 4, kRoundoff);
+    ExpectClose(errors.vbget(1), std::sqrt(mse / 55), kRoundoff);
 }
 
 // Powers 1..8 of 0..9, whose correlations have the condition 6e11: the refinement brings what an orthogonal
