@@ -13,6 +13,9 @@ namespace korvenrg::linear {
 
 namespace {
 
+// Criteria that differ by at most this part of themselves are those of one model.
+constexpr double kSameModel = 1E-12;
+
 // Sets every state but that of a constant column back, and lets each factor compete that has such a column.
 void ReopenStates(int p, const matrix<int>& parents, matrix<int>& states, matrix<int>& active)
 {
@@ -37,16 +40,19 @@ Search MakeSearch(const PackedModel& model,
                   .criterion = isKnown ? static_cast<int>(criterion) : kByMse,
                   .mseFull = mseFull,
                   .nbFactors = nbFactors,
-                  .columnsOf = std::vector<Factors>(static_cast<std::size_t>(nbFactors)),
+                  .columnsOf = std::vector<std::vector<EnteringColumn>>(static_cast<std::size_t>(nbFactors)),
                   .isActive = {}};
     for (int f = 1; f <= nbFactors; ++f) {
         search.isActive.push_back(active.vbget(f) == 1);
     }
+    std::vector<int> before(
+        static_cast<std::size_t>(nbFactors));  // the factor's column before, whatever its state
     for (int j = 1; j <= model.p; ++j) {
         const int factor = parents.vbget(j);
-        const bool exists = factor >= 1 && factor <= nbFactors;
-        if (exists && states.vbget(j) < 1)
-            search.columnsOf[static_cast<std::size_t>(factor - 1)].push_back(j);
+        if (factor < 1 || factor > nbFactors) continue;
+        const auto position = static_cast<std::size_t>(factor - 1);
+        if (states.vbget(j) < 1) search.columnsOf[position].push_back({j, j != before[position] + 1});
+        before[position] = j;
     }
     return search;
 }
@@ -97,14 +103,15 @@ double ChoiceValue(const Search& search, const matrix<double>& models, int row)
     }
 }
 
-// The row that is strictly better than all before it, or 0.
+// The row that is strictly better than all before it, or 0. Sizes that stand for the same model, as an interaction with
+// and without its main effect, differ by rounding: they tie.
 int ChooseRow(const Search& search, const matrix<double>& models, int rows)
 {
     double best = kLargest;
     int chosen = 0;
     for (int row = 1; row <= rows; ++row) {
         const double value = ChoiceValue(search, models, row);
-        if (!(value < best)) continue;
+        if (!(value < best - kSameModel * std::fabs(best))) continue;
         best = value;
         chosen = row;
     }

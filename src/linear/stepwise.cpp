@@ -110,6 +110,13 @@ double ShareOf(const StepSelection& run, int column)
     return a * a / run.model.Cell(column, column);
 }
 
+// The residual term without a column's share. An exact fit leaves nothing, not less; where nothing was left before, the
+// difference stays below 0, and the column has no part in the fit.
+double RestWithout(double share, double r0)
+{
+    return r0 > 0.0 ? std::max(r0 - share, 0.0) : r0 - share;
+}
+
 // The candidate with the smallest probability of entering.
 Move BestEntry(const StepSelection& run)
 {
@@ -128,7 +135,7 @@ Move BestEntry(const StepSelection& run)
         }
         if (!run.model.Passes(i)) continue;
         const double share = ShareOf(run, i);
-        const double probability = pValFisher((df0 - 1.0) * share / (r0 - share), 1.0, df0 - 1.0);
+        const double probability = pValFisher((df0 - 1.0) * share / RestWithout(share, r0), 1.0, df0 - 1.0);
         if (probability < best.probability) best = {i, i, {i}, probability};
     }
     return best;

@@ -84,11 +84,9 @@ void AddFactor(const Search& search, SweptSubset& subset, int factor)
     if (subset.isClosed || !search.isActive[position]) return;
     const PackedModel model = OnVector(search, subset.packed);
     int count = 0;
-    int before = 0;
-    for (const int j : search.columnsOf[position]) {
+    for (const auto& [j, followsAnother] : search.columnsOf[position]) {
         if (OneDfIsLeft(search, subset.columns + count)) break;
-        if (count > 0 && j != before + 1) break;
-        before = j;
+        if (count > 0 && followsAnother) break;
         if (!model.Passes(j)) continue;
         model.Sweep(j);
         count += 1;
@@ -197,7 +195,7 @@ class PrefixWalk
     void Finish(SweptSubset& before, int factor, double orderFromEnd)
     {
         const auto position = static_cast<std::size_t>(factor - 1);
-        const Factors& columns = search_.columnsOf[position];
+        const std::vector<EnteringColumn>& columns = search_.columnsOf[position];
         if (columns.size() > 1) {
             Copy(before, last_);
             AddFactor(search_, last_, factor);
@@ -209,10 +207,12 @@ class PrefixWalk
         const bool mayEnter = !before.isClosed && search_.isActive[position] && !columns.empty() &&
                               !OneDfIsLeft(search_, before.columns);
         const PackedModel model = OnVector(search_, before.packed);
-        if (mayEnter && model.Passes(columns.front())) {
+        const int column = columns.empty() ? 0 : columns.front().column;
+        if (mayEnter && model.Passes(column)) {
             const int response = search_.model.p + 1;
-            const double cross = model.Cell(response, columns.front());
-            residualTerm -= cross / model.Cell(columns.front(), columns.front()) * cross;
+            const double cross = model.Cell(response, column);
+            const double rest = residualTerm - cross / model.Cell(column, column) * cross;
+            residualTerm = residualTerm >= 0.0 && rest < 0.0 ? 0.0 : rest;
             count += 1;
         }
         Consider(search_, leader_, chosen_, residualTerm, count, -orderFromEnd);

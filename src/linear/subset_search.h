@@ -11,6 +11,13 @@ namespace korvenrg::linear {
 
 using Factors = std::vector<int>;  ///< numbers from 1, ascending
 
+/** A column that may enter. */
+struct EnteringColumn
+{
+    int column;
+    bool followsAnother;  ///< a column of another factor stands between it and its factor's column before it
+};
+
 /** What a search needs to know. */
 struct Search
 {
@@ -18,8 +25,8 @@ struct Search
     int criterion;
     double mseFull;
     int nbFactors;
-    std::vector<Factors> columnsOf;  ///< per factor from 0: its columns that may enter
-    std::vector<bool> isActive;      ///< per factor from 0
+    std::vector<std::vector<EnteringColumn>> columnsOf;  ///< per factor from 0
+    std::vector<bool> isActive;                          ///< per factor from 0
 };
 
 /** A subset, or the beginning of one, swept into a vector of its own. */

@@ -36,11 +36,11 @@ double SumOfProducts(const double* a, const double* b, std::size_t n)
     return sum.Total();
 }
 
-double SumOf(const std::vector<double>& cells)
+double SumOf(const double* cells, std::size_t n)
 {
     RowSum sum;
-    for (const double cell : cells) {
-        sum.Add(cell);
+    for (std::size_t i = 0; i < n; ++i) {
+        sum.Add(cells[i]);
     }
     return sum.Total();
 }
@@ -48,9 +48,11 @@ double SumOf(const std::vector<double>& cells)
 // Share of the category of a block among the observations.
 double CategoryShare(const LogitRun& run, std::size_t block)
 {
-    if (run.model.IsBinomial()) return SumOf(run.data.response) / run.data.sumWc;
+    const std::size_t n = run.data.response.size();
     const double* indicator = run.HasOneBlock() ? run.model.response : run.model.indicators[block];
-    return SumOfProducts(indicator, run.model.caseWeights, run.data.response.size()) / run.data.sumWc;
+    const double sum =
+        run.model.IsBinomial() ? SumOf(indicator, n) : SumOfProducts(indicator, run.model.caseWeights, n);
+    return sum / run.data.sumWc;
 }
 
 // Factors left without a column leave the model.
@@ -141,7 +143,7 @@ void StandardiseColumns(LogitRun& run)
 void RescaleWeights(LogitRun& run, matrix<double>& Wr)
 {
     LogitData& data = run.data;
-    data.sumWc = SumOf(data.caseWeights);
+    data.sumWc = SumOf(data.caseWeights.data(), data.caseWeights.size());
     data.sumWcWr = SumOfProducts(data.caseWeights.data(), data.secondWeights.data(), data.caseWeights.size());
     if (data.sumWcWr == 0.0) return;
     const double factor = data.sumWc / data.sumWcWr;

@@ -180,7 +180,7 @@ TEST(Stepwise, CountFollowsTheState)
     OlsProblem q = Noise(10, 3, 13);
     for (size_t i = 0; i < 10; ++i) {
         q.x[10 + i] = q.x[i] + 1e-3 * q.x[10 + i];
-        q.y[i] = q.x[i] + 0.1 * q.x[20 + i];
+        q.y[i] = q.x[i] + 0.1 * q.x[20 + i] + 0.01 * static_cast<double>(i % 3);
     }
     q = Regression(q.y,
                    {Vector(q.x.begin(), q.x.begin() + 10),
@@ -197,6 +197,96 @@ TEST(Stepwise, CountFollowsTheState)
     EXPECT_EQ(r.models(1, 2), 2.0);
     EXPECT_EQ(r.pFinal[0], 2);
     EXPECT_EQ(r.models(2, 1), 0.0) << "a probability of 0 lets the first factor in and no other";
+}
+
+// y = x1 + 2 x2 + 3 x3: what completes an exact fit enters, what belongs to it stays, and nothing is below 0.
+TEST(Stepwise, ExactFitsAreFound)
+{
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        OlsProblem q = Noise(12, 3, seed);
+        for (size_t i = 0; i < 12; ++i) {
+            for (size_t j = 0; j < 3; ++j)
+                q.x[12 * j + i] = std::round(20 * q.x[12 * j + i]);
+            q.y[i] = q.x[i] + 2 * q.x[12 + i] + 3 * q.x[24 + i];
+        }
+        for (const double method : {1.0, 2.0, 3.0}) {
+            q.options[kMethod] = method;
+            q.options[kPEnter] = q.options[kPRemove] = 0.99;  // no step fails on its own account
+            const OlsResults r = RunOls(q);
+            EXPECT_EQ(r.pFinal[0], 3) << seed << ' ' << method;
+            EXPECT_GE(r.anova(kAnovaError, kAnovaSumOfSquares), 0.0);
+            EXPECT_NEAR(r.fit(kFitRmse), 0.0, 1e-5) << "the root of rounding, and never NaN";
+        }
+    }
+}
+
+// A factor of six cells, the fourth of them empty: its constant column stands between columns that belong together.
+TEST(BestSubset, AConstantColumnBreaksNoFactor)
+{
+    constexpr size_t kRows = 20;
+    OlsProblem noise = Noise(kRows, 2, 5);
+    std::vector<Vector> columns(7, Vector(kRows));
+    for (size_t i = 0; i < kRows; ++i) {
+        const size_t cell = i % 5 < 3 ? i % 5 : i % 5 + 1;
+        columns[0][i] = noise.x[i];
+        columns[1 + cell][i] = 1.0;
+        noise.y[i] += noise.x[i] + 2.0 * static_cast<double>(cell);
+    }
+    OlsProblem q = Regression(noise.y, columns, {1, 2, 2, 2, 2, 2, 2});
+    q.type = {1, 4};
+    q.states.back() = 40000;
+    const OlsResults full = RunOls(q);
+    q.options[kMethod] = 0;
+    q.options[kMinVars] = q.options[kMaxVars] = 2;
+    const OlsResults best = RunOls(q);
+    EXPECT_EQ(best.pFinal[0], 5);
+    EXPECT_EQ(std::count(best.states.begin(), best.states.end(), 0), 5);
+    for (const int row : {kAnovaModel, kAnovaError}) {
+        EXPECT_EQ(best.anova(row, kAnovaDf), full.anova(row, kAnovaDf));
+        ExpectClose(best.anova(row, kAnovaSumOfSquares), full.anova(row, kAnovaSumOfSquares), kPrinted);
+    }
+    ExpectClose(best.models(1, 2 + kModelSse), full.anova(kAnovaError, kAnovaSumOfSquares), kPrinted);
+}
+
+// The scan of a factor ends at a column of another one behind an accepted column; the sweep of the chosen model does not.
+TEST(BestSubset, TheScanEndsAtAnotherFactor)
+{
+    const OlsProblem noise = Noise(20, 3, 9);
+    const auto column = [&noise](std::ptrdiff_t j) {
+        return Vector(noise.x.begin() + 20 * j, noise.x.begin() + 20 * (j + 1));
+    };
+    OlsProblem q = Regression(noise.y, {column(0), column(1), column(2)}, {1, 2, 1});
+    q.options[kMethod] = 0;
+    q.options[kMaxVars] = 1;
+    const OlsResults r = RunOls(q);
+    EXPECT_EQ(r.models(1, kModelColumns), 1.0);
+    EXPECT_EQ(std::count(r.states.begin(), r.states.end(), 0), r.active[0] == 1 ? 2 : 1);
+}
+
+// An interaction with its main effect and without it are one model: the smaller one stays.
+TEST(BestSubset, TheSameModelOfTwoSizesTies)
+{
+    int ties = 0;
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        const OlsProblem noise = Noise(24, 1, seed);
+        std::vector<Vector> columns(3, Vector(24));
+        Vector y = noise.y;
+        for (size_t i = 0; i < 24; ++i) {
+            columns[0][i] = noise.x[i];
+            columns[1 + i % 2][i] = noise.x[i];
+            y[i] += (i % 2 == 0 ? 2.0 : -2.0) * noise.x[i];
+        }
+        OlsProblem q = Regression(y, columns, {1, 2, 2});
+        q.type = {1, 5};
+        q.options[kMethod] = 0;
+        q.options[kCriterion] = 1;
+        q.options[kMaxVars] = 2;
+        const OlsResults r = RunOls(q);
+        if (std::fabs(r.models(1, 2 + kModelMse) / r.models(2, 2 + kModelMse) - 1) > 1e-12) continue;
+        ties += 1;
+        EXPECT_EQ(r.bestId[0], 1) << seed;
+    }
+    EXPECT_GT(ties, 50);
 }
 
 // PC of best subsets has factors in the numerator and c in the denominator.

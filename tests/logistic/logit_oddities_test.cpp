@@ -144,6 +144,21 @@ TEST(LogitOddities, MultinomialResponseOfOneBlock)
     EXPECT_EQ(RunLogit(q).coefficients(1, kCoefValue), 0.0);
 }
 
+// Successes of several categories: with one trial a row their shares are those of the indicators.
+TEST(LogitOddities, SeveralCategoriesOfTheBinomialForm)
+{
+    LogitProblem q = RandomCategories(30, 1, 3);
+    const LogitResults asCategories = RunLogit(q);
+    q.form = kBinomialForm;
+    const LogitResults asSuccesses = RunLogit(q);
+    EXPECT_EQ(asSuccesses.code, 0);
+    for (int k = 1; k <= 2; ++k)
+        ExpectClose(asSuccesses.marginal(k, 1), asCategories.marginal(k, 1), kRoundoff);
+    ExpectClose(asSuccesses.coefficients(2, kCoefValue),
+                asCategories.coefficients(2, kCoefValue),
+                kSameOptimum);
+}
+
 // By hand: with case weights of 2 the categories' terms are half of those of the reference, and of the model's.
 TEST(LogitOddities, NullLogLikelihood)
 {

@@ -6,6 +6,7 @@
 #include "kernel/linalg/lanes.h"
 #include "kernel/linalg/pivot_rounding.h"
 
+using korvenrg::linalg::Cells;
 using korvenrg::linalg::PackedPosition;
 using korvenrg::linalg::PackedSize;
 using korvenrg::linalg::SweepPacked;
@@ -18,17 +19,19 @@ double CellOf(const double* packed, int i, int j)
 }
 
 // Takes column column' / pivot out of the packed triangle. Each cell has one product and one difference, so
-// that every instruction set gives the same bits. A pivot of a column that falls below 0 is 0 but for rounding.
+// that every instruction set gives the same bits.
 [[gnu::always_inline]] inline void TakeOutProductsBody(double* __restrict row,
                                                        const double* __restrict column,
                                                        std::size_t m,
-                                                       double pivot)
+                                                       double pivot,
+                                                       Cells kind)
 {
     for (std::size_t i = 0; i < m; ++i) {
         const double multiplier = column[i] / pivot;
         if (multiplier != 0.0) {
             const double before = row[i];
-            const bool isRounding = before >= 0.0 && before - multiplier * column[i] < 0.0 && i + 1 < m;
+            const bool isRounding =
+                kind == Cells::kSemidefinite && before >= 0.0 && before - multiplier * column[i] < 0.0;
             for (std::size_t j = 0; j <= i; ++j) {
                 row[j] -= multiplier * column[j];
             }
@@ -38,19 +41,27 @@ double CellOf(const double* packed, int i, int j)
     }
 }
 
-KORVEN_FOR_AVX512 void TakeOutProductsAvx512(double* cells, const double* column, std::size_t m, double pivot)
+KORVEN_FOR_AVX512 void TakeOutProductsAvx512(double* cells,
+                                             const double* column,
+                                             std::size_t m,
+                                             double pivot,
+                                             Cells kind)
 {
-    TakeOutProductsBody(cells, column, m, pivot);
+    TakeOutProductsBody(cells, column, m, pivot, kind);
 }
 
-KORVEN_FOR_AVX2 void TakeOutProductsAvx2(double* cells, const double* column, std::size_t m, double pivot)
+KORVEN_FOR_AVX2 void TakeOutProductsAvx2(double* cells,
+                                         const double* column,
+                                         std::size_t m,
+                                         double pivot,
+                                         Cells kind)
 {
-    TakeOutProductsBody(cells, column, m, pivot);
+    TakeOutProductsBody(cells, column, m, pivot, kind);
 }
 
-void TakeOutProductsBaseline(double* cells, const double* column, std::size_t m, double pivot)
+void TakeOutProductsBaseline(double* cells, const double* column, std::size_t m, double pivot, Cells kind)
 {
-    TakeOutProductsBody(cells, column, m, pivot);
+    TakeOutProductsBody(cells, column, m, pivot, kind);
 }
 
 auto BestTakeOutProducts()
@@ -72,7 +83,7 @@ bool Holds(const matrix<double>* packed, int m)
 
 }  // namespace
 
-void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k)
+void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k, Cells kind)
 {
     const double pivot = cells[PackedSize(k + 1) - 1];
     if (pivot == 0.0 || std::isnan(pivot)) return;
@@ -82,7 +93,7 @@ void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k)
         column[j] = j <= k ? cells[PackedSize(k) + j] : cells[PackedSize(j) + k];
     }
     column[k] = 0.0;
-    BestTakeOutProducts()(cells, column.data(), m, pivot);
+    BestTakeOutProducts()(cells, column.data(), m, pivot, kind);
 
     const double scale = std::fabs(pivot);
     for (std::size_t j = 0; j < m; ++j) {
@@ -95,7 +106,10 @@ void korvenrg::linalg::SweepPacked(double* cells, std::size_t m, std::size_t k)
 void M_Sweep(matrix<double>* packed, int m, int k)
 {
     if (!Holds(packed, m) || k < 1 || k > m) return;
-    SweepPacked(packed->data, static_cast<std::size_t>(m), static_cast<std::size_t>(k - 1));
+    SweepPacked(packed->data,
+                static_cast<std::size_t>(m),
+                static_cast<std::size_t>(k - 1),
+                Cells::kSemidefinite);
 }
 
 double OLSCheckIfIn(matrix<double>* packed, int p, int k, double tol)

@@ -21,8 +21,15 @@ constexpr std::size_t PackedPosition(int i, int j)
     return row * (row - 1) / 2 + col;
 }
 
+/** What is known of a matrix that is swept. */
+enum class Cells
+{
+    kAny,
+    kSemidefinite  ///< a diagonal cell that is not swept and falls below 0 is 0 but for rounding, and becomes 0
+};
+
 /** M_Sweep on bare cells: m x m, lower triangle by rows, pivot k from 0. A pivot of 0 or NaN changes nothing. */
-void SweepPacked(double* cells, std::size_t m, std::size_t k);
+void SweepPacked(double* cells, std::size_t m, std::size_t k, Cells kind = Cells::kAny);
 
 }  // namespace korvenrg::linalg
 
@@ -33,8 +40,8 @@ void SweepPacked(double* cells, std::size_t m, std::size_t k);
  * After sweeping a set S: cell (i, j) of S holds -(A_SS^-1)(i, j), cell (i, j) with i outside and j inside S
  * the regression coefficient of i on j, other cells the residual cross-products. Sweeping a pivot again
  * undoes it: a negative pivot is taken as swept. Order does not matter. The matrix is positive semidefinite, so where
- * rounding takes the pivot of a column that is not swept below 0, it becomes 0 and is not mistaken for a swept one; the
- * last row, the response of a regression, is left as it comes.
+ * rounding takes a diagonal cell that is not swept below 0, it becomes 0: a refused column is not mistaken for a swept one,
+ * and the residual term of an exact fit is 0.
  *
  * @param packed  lower triangle by rows, m(m+1)/2 cells; a shorter vector is left alone
  * @param k       pivot, 1..m. A pivot of exactly 0 or NaN, or outside 1..m, changes nothing.

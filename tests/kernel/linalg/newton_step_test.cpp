@@ -144,6 +144,14 @@ TEST(NewtonStep, IndefiniteHessianMakesTheLiteralStep)
     EXPECT_EQ(tiny.Step(), 0);
     EXPECT_LE(Distance(tiny.beta, ByRows(2, 1, {4, -1})), kRoundoff);
 
+    // The pivot that turns the sign stands in the middle.
+    const matrix<double> turned = ByRows(3, 3, {-1, 2, 0, 2, -1, 0, 0, 0, -1});
+    Problem middle(turned, {1, 1, 1});
+    EXPECT_EQ(middle.Step(), 0);
+    EXPECT_LE(Distance(middle.beta, ByRows(3, 1, {1, 1, 3})), kRoundoff);
+    EXPECT_LE(Distance(middle.inverse, ByRows(3, 3, {1.0 / 3, 2.0 / 3, 0, 2.0 / 3, 1.0 / 3, 0, 0, 0, -1})),
+              kRoundoff);
+
     // Indefinite and singular: the third parameter repeats the first.
     Problem aliased(ByRows(3, 3, {0, 2, 0, 2, 0, 2, 0, 2, 0}), {3, -2, 3});
     EXPECT_EQ(aliased.Step(), 1);

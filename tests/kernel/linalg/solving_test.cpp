@@ -148,6 +148,7 @@ TEST(GeneralizedInverse, SingularAndUnsymmetric)
     } cases[] = {{ByRows(3, 3, {4, 2, 4, 2, 5, 2, 4, 2, 4}), 2},
                  {ByRows(3, 3, {0, 1, 0, 0, 0, 1, 1, 0, 0}), 3},
                  {ByRows(3, 3, {0, 2, 0, 2, 0, 2, 0, 2, 0}), 2},  // indefinite
+                 {ByRows(3, 3, {1, 2, 0, 2, 1, 0, 0, 0, 1}), 3},  // by its middle pivot
                  {ByRows(3, 3, {1, 2, 3, 2, 4, 6, 1, 0, 1e-9}), 2},
                  {ByRows(3, 3, {1, 0, 0, 3e-20, 1e-20, 0, 0, 0, 1e20}), 3},
                  {matrix<double>(3, 3), 0}};
