@@ -156,6 +156,8 @@ TEST(Projections, SquareRootAndNearestSemidefinite)
     matrix<double>* nearest = nullptr;
     M_SProject(&indefinite, 2, nearest);
     EXPECT_LE(Distance(*nearest, matrix<double>(2, 2, 1.5)), kRoundoff);
+    M_SProject(&A, 3, nearest);
+    EXPECT_EQ(Distance(*nearest, A), 0.0) << "it has no negative eigenvalue";
     delete nearest;
 }
 

@@ -111,6 +111,37 @@ TEST(LeastSquares, RefusedTermsHaveCoefficientZero)
     EXPECT_EQ(errors.vbget(1), korvenrg::kMissing) << "no degree of freedom is left";
 }
 
+// Weights are replicated rows, in the standard errors too.
+TEST(LeastSquares, StandardErrorsCountTheWeights)
+{
+    Table X = Columns();
+    Table Y(12, 1);
+    Table W(12, 1);
+    Table all(24, 2);
+    Table allY(24, 1);
+    int row = 0;
+    for (int i = 1; i <= 12; ++i) {
+        Y.vbset(i, std::sin(static_cast<double>(i)));
+        W.vbset(i, 1.0 + i % 3);
+        for (int copy = 0; copy <= i % 3; ++copy) {
+            row += 1;
+            all.vbset(row, 1, X.vbget(i, 1));
+            all.vbset(row, 2, X.vbget(i, 2));
+            allY.vbset(row, Y.vbget(i));
+        }
+    }
+    Table out[6] = {Table(3, 1), Table(3, 1), Table(12, 1), Table(3, 1), Table(3, 1), Table(24, 1)};
+    double mse[2] = {};
+    OLSBasic2(12, 2, &X, &Y, &W, 1, kFalse, kFalse, 1e-10, &out[0], &out[1], &out[2], &mse[0]);
+    OLSBasic2(24, 2, &all, &allY, nullptr, 1, kFalse, kFalse, 1e-10, &out[3], &out[4], &out[5], &mse[1]);
+    ExpectClose(mse[0], mse[1], kIterative);
+    for (int j = 1; j <= 3; ++j) {
+        ExpectClose(out[0].vbget(j), out[3].vbget(j), kIterative);
+        ExpectClose(out[1].vbget(j), out[4].vbget(j), kIterative);
+    }
+    ExpectClose(out[2].vbget(12), out[5].vbget(24), kIterative);
+}
+
 // Powers 1..8 of 0..9, whose correlations have the condition 6e11: the refinement brings what an orthogonal
 // factorisation would (7e-8) out of a sweep that keeps four digits.
 TEST(LeastSquares, RefinementOfAPolynomialOfHighDegree)

@@ -198,6 +198,10 @@ TEST(ConstrainedInverse, PackedMatrixAndRoot)
     EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &none, &packed, korvenrg::kTrue, result), 0);
     const matrix<double> root = ByRows(3, 3, {2, 0, 0, 1, 3, 0, 5, 6, 4});
     EXPECT_LE(Distance(Times(Transpose(root), *result), IdentityOf(3)), kRoundoff);
+    marks.vbset(2, 1.0);
+    marks.vbset(3, 0.0);
+    EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &marks, &packed, korvenrg::kTrue, result), 0);
+    EXPECT_LE(Distance(*result, ByRows(3, 3, {0.5, 0, -0.625, 0, 0, 0, 0, 0, 0.25})), kRoundoff);
     packed.vbset(3, 0.0);
     EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &none, &packed, korvenrg::kTrue, result), -1);
     EXPECT_EQ(result->vbget(2, 2), 0.0);

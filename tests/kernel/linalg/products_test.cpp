@@ -34,6 +34,9 @@ TEST(Products, ComputeNewVarIsAVATransposed)
     M_ProductBV(&A, 3, 2, &z, &product);
     EXPECT_EQ(product.vbget(1), 9.0);
     EXPECT_EQ(product.vbget(3), -3.0);
+    z.vbset(2, std::numeric_limits<double>::quiet_NaN());
+    M_ProductBV(&A, 3, 2, &z, &product);
+    EXPECT_EQ(product.vbget(3), -3.0) << "a cell of 0 adds nothing";
 }
 
 // B = [2 1; 1 5] has the inverse [5 -1; -1 2] / 9; a singular one counts by its first row.

@@ -26,9 +26,12 @@ TEST(Solving, ScaledResidualsStayAtRounding)
             matrix<double> A = RandomDefinite(n, smallest);
             const double unit = 10.0 * n * korvenrg::kEps;
 
-            matrix<double> X(n, 2, 1.0);
-            ASSERT_EQ(M_Gauss(&A, n, 2, &X, kTrue, kTrue), 0);
-            EXPECT_LE(Distance(Times(A, X), matrix<double>(n, 2, 1.0)), unit * RowNorm(A) * RowNorm(X)) << n;
+            matrix<double> B(n, 3, 1.0);
+            B.vbset(1, 2, -2.0);
+            B.vbset(n, 3, 0.25);
+            matrix<double> X(B);
+            ASSERT_EQ(M_Gauss(&A, n, 3, &X, kTrue, kTrue), 0);
+            EXPECT_LE(Distance(Times(A, X), B), unit * RowNorm(A) * RowNorm(X)) << n;
 
             matrix<double> inverse(n, n);
             ASSERT_EQ(cCleanConstraintsAndInvert(n, static_cast<matrix<int>*>(nullptr), &A, &inverse), 0);
