@@ -256,6 +256,9 @@ TEST_F(EveryForm, WithoutAMask)
     ExpectClose(spread, std::sqrt(plain.Centred(0) / (plain.n - 1.0)), kRoundoff);
     EXPECT_EQ(V_Sum2(&X, kRows), plain.x[0]);
     EXPECT_EQ(V_SumSq(&X, kRows), plain.square[0]);
+    Table negative(W);
+    negative.vbset(3, -2.0);
+    ExpectClose(V_VarIfSup0W(&X, kRows, &negative, nullptr, kTrue), V_Var2(&X, kRows, &W), kRoundoff);
     short none[kRows];
     std::fill_n(none, kRows, kTrue);
     EXPECT_EQ(V_Mean(&X, kRows, none, nullptr), 0.0) << "no row at all";

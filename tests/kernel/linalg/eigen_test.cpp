@@ -158,6 +158,11 @@ TEST(Projections, SquareRootAndNearestSemidefinite)
     EXPECT_LE(Distance(*nearest, matrix<double>(2, 2, 1.5)), kRoundoff);
     M_SProject(&A, 3, nearest);
     EXPECT_EQ(Distance(*nearest, A), 0.0) << "it has no negative eigenvalue";
+    indefinite.vbset(1, 1, HUGE_VAL);
+    M_SProject(&indefinite, 2, nearest);
+    ASSERT_EQ(nearest->rows, 2);
+    EXPECT_EQ(nearest->vbget(1, 1), HUGE_VAL);
+    EXPECT_EQ(nearest->vbget(2, 1), 2.0);
     delete nearest;
 }
 

@@ -132,14 +132,21 @@ TEST(LeastSquares, StandardErrorsCountTheWeights)
     }
     Table out[6] = {Table(3, 1), Table(3, 1), Table(12, 1), Table(3, 1), Table(3, 1), Table(24, 1)};
     double mse[2] = {};
-    OLSBasic2(12, 2, &X, &Y, &W, 1, kFalse, kFalse, 1e-10, &out[0], &out[1], &out[2], &mse[0]);
-    OLSBasic2(24, 2, &all, &allY, nullptr, 1, kFalse, kFalse, 1e-10, &out[3], &out[4], &out[5], &mse[1]);
-    ExpectClose(mse[0], mse[1], kIterative);
-    for (int j = 1; j <= 3; ++j) {
-        ExpectClose(out[0].vbget(j), out[3].vbget(j), kIterative);
-        ExpectClose(out[1].vbget(j), out[4].vbget(j), kIterative);
+    for (const short fixed : {kFalse, kTrue}) {
+        OLSBasic2(12, 2, &X, &Y, &W, 1, kFalse, fixed, 1e-10, &out[0], &out[1], &out[2], &mse[0]);
+        OLSBasic2(24, 2, &all, &allY, nullptr, 1, kFalse, fixed, 1e-10, &out[3], &out[4], &out[5], &mse[1]);
+        double sse = 0.0;
+        for (int i = 1; i <= 24; ++i) {
+            sse += std::pow(allY.vbget(i) - out[5].vbget(i), 2.0);
+        }
+        ExpectClose(mse[0], sse / (fixed == kTrue ? 22.0 : 21.0), kIterative);
+        ExpectClose(mse[0], mse[1], kIterative);
+        for (int j = 1; j <= 3; ++j) {
+            ExpectClose(out[0].vbget(j), out[3].vbget(j), kIterative);
+            ExpectClose(out[1].vbget(j), out[4].vbget(j), kIterative);
+        }
+        EXPECT_EQ(out[1].vbget(3) == 0.0, fixed == kTrue);
     }
-    ExpectClose(out[2].vbget(12), out[5].vbget(24), kIterative);
 }
 
 // Powers 1..8 of 0..9, whose correlations have the condition 6e11: the refinement brings what an orthogonal

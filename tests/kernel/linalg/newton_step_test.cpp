@@ -206,6 +206,8 @@ TEST(ConstrainedInverse, PackedMatrixAndRoot)
     EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &none, &packed, korvenrg::kTrue, result), -1);
     EXPECT_EQ(result->vbget(2, 2), 0.0);
     EXPECT_LE(Distance(*result, ByRows(3, 3, {0.5, 0, -0.625, 0, 0, 0, 0, 0, 0.25})), kRoundoff);
+    EXPECT_EQ(cCleanConstraintsAndInvertTriang(4, nullptr, &packed, korvenrg::kTrue, result), -1);
+    EXPECT_EQ(Distance(*result, matrix<double>(4, 4)), 0.0) << "six cells are no triangle of four rows";
     delete result;
 }
 

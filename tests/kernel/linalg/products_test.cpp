@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "core/limits.h"
@@ -58,6 +59,8 @@ TEST(Products, FormsWithAnInverseInTheMiddle)
     ExpectClose(M_ProductTrVinvBV(&A, 2, &S), 0.25, kRoundoff);
     b[3] = std::numeric_limits<double>::infinity();
     EXPECT_EQ(M_ProductTrAinvBA(&A, 2, 2, &B, korvenrg::kTrue, &C), -1);
+    ExpectClose(C.vbget(4), 2.0, kRoundoff);
+    EXPECT_TRUE(std::isnan(M_ProductTrVinvBV(&A, 2, &B)));
 }
 
 TEST(Products, DesignProductOrdersColumnsAndMergesStates)

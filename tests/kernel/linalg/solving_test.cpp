@@ -88,6 +88,13 @@ TEST(InverseWithTolerance, LimitIsOneOfTwo)
         }
         delete inverse;
     }
+    matrix<double> wide = ByRows(1, 2, {1, 1});
+    auto* kept = new matrix<double>(1, 1, 7.0);
+    short failed = 0;
+    EXPECT_EQ(InverseWithTolerance(&wide, kept, failed, 0.0), -1);
+    EXPECT_EQ(failed, -1);
+    EXPECT_EQ(kept->vbget(1), 7.0);
+    delete kept;
 }
 
 TEST(ForwardDoolittle, RowsAreSequentialHypotheses)
@@ -97,6 +104,12 @@ TEST(ForwardDoolittle, RowsAreSequentialHypotheses)
     matrix<double>* U = nullptr;
     EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-12, U), 2);
     EXPECT_EQ(Distance(*U, ByRows(3, 3, {1, 0.5, 1, 0, 1, 0, 0, 0, 0})), 0.0);
+    A.vbset(3, 3, 4.0 + 1e-9);
+    EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-8, U), 2);
+    EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-11, U), 3);
+    A.vbset(1, 3, kNaN);
+    EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-12, U), -1);
+    EXPECT_EQ(Distance(*U, matrix<double>(3, 3)), 0.0);
     delete U;
 }
 
@@ -183,6 +196,10 @@ TEST(GeneralizedInverse, SingularAndUnsymmetric)
         ByRows(3, 3, {4, 2, 4, std::nextafter(2.0, 3.0), 5, 2, 4, 2, std::nextafter(4.0, 5.0)});
     EXPECT_EQ(M_InvGeneralized(&nearly, 3, &G, 1e-8, rank), 0);
     EXPECT_LE(Distance(G, ByRows(3, 3, {5.0 / 16, -0.125, 0, -0.125, 0.25, 0, 0, 0, 0})), kRoundoff);
+    matrix<double> mirrored = ByRows(3, 3, {0, kNaN, kNaN, 2, 0, kNaN, 0, 2, 0});  // indefinite
+    EXPECT_EQ(M_InvGeneralizedSym(&mirrored, 3, &G, 1e-8, rank), 0);
+    EXPECT_EQ(rank, 2);
+    EXPECT_LE(Distance(G, ByRows(3, 3, {0, 0.5, 0, 0.5, 0, 0, 0, 0, 0})), kRoundoff);
     EXPECT_EQ(M_InvGeneralized(&lower, 3, &G, 1e-8, rank), -1);
     EXPECT_EQ(rank, 0);
 }
