@@ -133,20 +133,13 @@ struct Sums
     }
 };
 
-void ExpectColumn(const Table* actual, const std::vector<double>& expected, const char* what)
+void ExpectCells(const Table* actual, int cols, const std::vector<double>& expected, const char* what)
 {
-    ASSERT_EQ(actual->rows, static_cast<int>(expected.size())) << what;
-    ASSERT_EQ(actual->cols, 1) << what;
-    for (int k = 1; k <= actual->rows; ++k) {
-        EXPECT_NEAR(actual->vbget(k), expected[static_cast<std::size_t>(k - 1)], kRoundoff * 10.0) << what;
-    }
-}
-
-void ExpectSquare(const Table* actual, const std::vector<double>& expected, const char* what)
-{
-    ASSERT_EQ(actual->rows * actual->rows, static_cast<int>(expected.size())) << what;
+    ASSERT_EQ(actual->cols, cols) << what;
+    ASSERT_EQ(actual->total, expected.size()) << what;
+    SCOPED_TRACE(what);
     for (int k = 1; k <= static_cast<int>(expected.size()); ++k) {
-        EXPECT_NEAR(actual->vbget(k), expected[static_cast<std::size_t>(k - 1)], kRoundoff * 10.0) << what;
+        ExpectClose(actual->vbget(k), expected[static_cast<std::size_t>(k - 1)], kRoundoff);
     }
 }
 
@@ -166,6 +159,7 @@ class EveryForm : public ::testing::Test
         out.R = new Table(3, 3, 77.0);
     }
 
+    static constexpr short kOff = 1;  // a flag is on at -1 alone
     Table X;
     Table W;
     Table meets;  // above 0 where the mask lets a row through
@@ -179,8 +173,8 @@ TEST_F(EveryForm, CountsItsWeightsAndItsMask)
 {
     for (int choice = 0; choice < 8; ++choice) {
         short* rows = (choice & 1) != 0 ? mask : nullptr;
-        const short weighted = (choice & 2) != 0 ? kTrue : kFalse;
-        const short sample = (choice & 4) != 0 ? kTrue : kFalse;
+        const short weighted = (choice & 2) != 0 ? kTrue : kOff;
+        const short sample = (choice & 4) != 0 ? kTrue : kOff;
         Table* weights = weighted == kTrue ? &W : nullptr;
         const Sums s(weighted == kTrue ? kCounts : nullptr, rows);
         const double divisor = sample == kTrue ? s.n - 1.0 : s.n;
@@ -192,24 +186,32 @@ TEST_F(EveryForm, CountsItsWeightsAndItsMask)
         SCOPED_TRACE(choice);
 
         M_MeanStDevVar(&X, kRows, 2, out.mean, out.sd, out.variance, rows, &W, weighted, sample);
-        ExpectColumn(out.mean, means, "M_MeanStDevVar");
-        ExpectColumn(out.sd, deviations, "M_MeanStDevVar");
-        ExpectColumn(out.variance, variances, "M_MeanStDevVar");
-        M_MeanStDev(&X, kRows, 1, out.mean, out.sd, rows, &W, weighted, sample, kFalse);
-        ExpectColumn(out.mean, {means[0]}, "M_MeanStDev");
-        ExpectColumn(out.sd, {deviations[0]}, "M_MeanStDev");
+        ExpectCells(out.mean, 1, means, "M_MeanStDevVar");
+        ExpectCells(out.sd, 1, deviations, "M_MeanStDevVar");
+        ExpectCells(out.variance, 1, variances, "M_MeanStDevVar");
+        M_MeanStDev(&X, kRows, 1, out.mean, out.sd, rows, &W, weighted, sample, kOff);
+        ExpectCells(out.mean, 1, {means[0]}, "M_MeanStDev");
+        ExpectCells(out.sd, 1, {deviations[0]}, "M_MeanStDev");
         M_MeanStDev(&X, kRows, 1, out.mean, out.sd, rows, &W, weighted, sample, kTrue);
-        ExpectColumn(out.sd, {std::sqrt(s.square[0] / divisor)}, "M_MeanStDev about 0");
+        ExpectCells(out.sd, 1, {std::sqrt(s.square[0] / divisor)}, "M_MeanStDev about 0");
         Table* input = &X;
-        EXPECT_EQ(M_CovCorr(input, kRows, 2, out.R, kFalse, rows, &W, weighted, sample, kFalse), 0);
-        ExpectSquare(out.R, {variances[0], covariance, covariance, variances[1]}, "M_CovCorr");
-        M_CovCorr(input, kRows, 2, out.R, kTrue, rows, &W, weighted, sample, kFalse);
-        ExpectSquare(out.R, {1.0, correlation, correlation, 1.0}, "M_CovCorr");
-        M_CovCorr(input, kRows, 2, out.R, kFalse, rows, &W, weighted, sample, kTrue);
-        EXPECT_NEAR(out.R->vbget(2, 1), s.product / divisor, kRoundoff * 100.0);
+        EXPECT_EQ(M_CovCorr(input, kRows, 2, out.R, kOff, rows, &W, weighted, sample, kOff), 0);
+        ExpectCells(out.R, 2, {variances[0], covariance, covariance, variances[1]}, "M_CovCorr");
+        M_CovCorr(input, kRows, 2, out.R, kTrue, rows, &W, weighted, sample, kOff);
+        ExpectCells(out.R, 2, {1.0, correlation, correlation, 1.0}, "M_CovCorr");
+        const double product = s.product / divisor;
+        const std::vector<double> squares = {s.square[0] / divisor, s.square[1] / divisor};
+        M_CovCorr(input, kRows, 2, out.R, kOff, rows, &W, weighted, sample, kTrue);
+        ExpectCells(out.R, 2, {squares[0], product, product, squares[1]}, "M_CovCorr about 0");
+        M_CovCorr(input, kRows, 2, out.R, kTrue, rows, &W, weighted, sample, kTrue);
+        const double scaled = product / (deviations[0] * deviations[1]);
+        ExpectCells(out.R,
+                    2,
+                    {squares[0] / variances[0], scaled, scaled, squares[1] / variances[1]},
+                    "M_CovCorr about 0");
         Table second(kRows, 1, const_cast<double*>(kData + kRows), true);
         M_CorrMatMat(&X, kRows, 1, &second, 1, rows, weights, out.R);
-        ExpectColumn(out.R, {correlation}, "M_CorrMatMat");
+        ExpectCells(out.R, 1, {correlation}, "M_CorrMatMat");
 
         V_MeanVar(&X, kRows, mean, spread, rows, &W, weighted, sample);
         ExpectClose(mean, means[0], kRoundoff);
@@ -221,7 +223,7 @@ TEST_F(EveryForm, CountsItsWeightsAndItsMask)
         ExpectClose(V_Var(&X, kRows, rows, weights, sample), variances[0], kRoundoff);
         Table* condition = rows != nullptr ? &meets : nullptr;
         ExpectClose(V_VarIfSup0W(&X, kRows, weights, condition, sample), variances[0], kRoundoff);
-        if (weighted == kFalse) {
+        if (weighted == kOff) {
             EXPECT_EQ(V_Sum(&X, kRows, rows), s.x[0]);
         }
     }
@@ -235,20 +237,20 @@ TEST_F(EveryForm, WithoutAMask)
     for (const Sums& s : {plain, weighted}) {
         Table* weights = s.n == plain.n ? nullptr : &W;
         M_Mean2(&X, kRows, 2, weights, out.mean);
-        ExpectColumn(out.mean, {s.x[0] / s.n, s.x[1] / s.n}, "M_Mean2");
+        ExpectCells(out.mean, 1, {s.x[0] / s.n, s.x[1] / s.n}, "M_Mean2");
         ExpectClose(V_Var2(&X, kRows, weights), s.Centred(0) / (s.n - 1.0), kRoundoff);
         ExpectClose(GetSSE(&X, kRows, weights, &mean), s.Centred(0), kRoundoff);
         ExpectClose(mean, s.x[0] / s.n, kRoundoff);
         for (const short sample : {kTrue, kFalse}) {
-            V_MeanVarW2(&X, kRows, &W, &mean, &spread, weights == nullptr ? kFalse : kTrue, sample);
+            V_MeanVarW2(&X, kRows, &W, &mean, &spread, weights == nullptr ? kOff : kTrue, sample);
             ExpectClose(mean, s.x[0] / s.n, kRoundoff);
             ExpectClose(spread, s.Centred(0) / (sample == kTrue ? s.n - 1.0 : s.n), kRoundoff);
         }
     }
     M_Mean3(&X, kRows, 2, out.sd);
-    ExpectColumn(out.sd, {plain.x[0] / plain.n, plain.x[1] / plain.n}, "M_Mean3");
+    ExpectCells(out.sd, 1, {plain.x[0] / plain.n, plain.x[1] / plain.n}, "M_Mean3");
     M_SumByCols(&X, kRows, 2, out.mean);
-    ExpectColumn(out.mean, {plain.x[0], plain.x[1]}, "M_SumByCols");
+    ExpectCells(out.mean, 1, {plain.x[0], plain.x[1]}, "M_SumByCols");
     V_MeanStdev2(&X, kRows, mean, spread);
     EXPECT_EQ(mean, V_Mean2(&X, kRows));
     ExpectClose(mean, plain.x[0] / plain.n, kRoundoff);
@@ -268,7 +270,7 @@ TEST_F(EveryForm, WithoutAMask)
 TEST_F(EveryForm, MomentsBesideTheMatrixAndStandardising)
 {
     const Sums s(kCounts, mask);
-    for (const short withMoments : {kFalse, kTrue}) {
+    for (const short withMoments : {kOff, kTrue}) {
         Table copy(X.rows, X);
         Outputs made;
         made.mean = new Table(2, 1, 77.0);
@@ -288,20 +290,20 @@ TEST_F(EveryForm, MomentsBesideTheMatrixAndStandardising)
                                  withMoments,
                                  withMoments);
         ExpectClose(made.R->vbget(2, 2), s.Centred(1) / (s.n - 1.0), kRoundoff);
-        if (withMoments == kFalse) {
+        if (withMoments == kOff) {
             EXPECT_EQ(made.mean->vbget(2), 77.0);
             EXPECT_EQ(made.sd, nullptr);
             EXPECT_EQ(copy.vbget(2, 1), X.vbget(2, 1));
             continue;
         }
         const double deviation = std::sqrt(s.Centred(1) / (s.n - 1.0));
-        ExpectColumn(made.mean, {s.x[0] / s.n, s.x[1] / s.n}, "means");
+        ExpectCells(made.mean, 1, {s.x[0] / s.n, s.x[1] / s.n}, "means");
         ExpectClose(made.sd->vbget(2), deviation, kRoundoff);
         ExpectClose(made.variance->vbget(1), s.Centred(0) / (s.n - 1.0), kRoundoff);
         ExpectClose(copy.vbget(2, 2), (X.vbget(2, 2) - s.x[1] / s.n) / deviation, kRoundoff);
         EXPECT_EQ(copy.vbget(kRows + 1, 2), 1e6);
     }
-    for (const short flag : {kTrue, kFalse}) {
+    for (const short flag : {kTrue, kOff}) {
         Table copy(X.rows, X);
         M_Standardize2(&copy, kRows, 2, flag);
         EXPECT_NEAR(V_Sum2(&copy, kRows), 0.0, kRoundoff);
@@ -401,6 +403,8 @@ TEST(Extremes, FirstOfTiesWithoutMaskedCellsAndNaN)
     EXPECT_EQ(V_Max2(&codes, 3), -2);
     EXPECT_EQ(V_Min2(&codes, 3), -9);
     EXPECT_EQ(V_Min2(&codes, 0), 0);
+    Table nanFirst(5, 1, cells + 1, true);
+    EXPECT_EQ(V_Max2(&nanFirst, 5), 7.0);
     EXPECT_EQ(V_Max2(&x, 0), korvenrg::kMissing);
     EXPECT_EQ(V_MinAndMinPos(&x, 0, &position), korvenrg::kLargest);
     EXPECT_EQ(position, 0);

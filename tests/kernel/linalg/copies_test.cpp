@@ -94,18 +94,21 @@ TEST(Copies, SparseFormsAgreeWithDenseOnes)
             M_PasteBlock(&source, fitting, 4, &dense, r, 4);
             M_PasteBlock(&sparseSource, rows, 4, &sparse, r, 4);
             ExpectSame(DenseOf(sparse), dense);
+            EXPECT_EQ(sparse.NonZeros(), matrixSparse(&dense).NonZeros()) << "and stores nothing outside";
             Table pasted(6, old);
             M_PasteBlock(&sparseSource, fitting, 4, &pasted, r, 4);
             ExpectSame(pasted, dense);
         }
     }
-    matrixSparse fromDense(3, 2, 5.0);
-    matrixSparse fromSparse(3, 2, 5.0);
+    matrixSparse fromDense(4, 3, 5.0);
+    matrixSparse fromSparse(4, 3, 5.0);
     M_CopyBlock(&source, 2, 4, 3, 4, &fromDense);
     M_CopyBlock(&sparseSource, 2, 4, 3, 4, &fromSparse);
     ExpectSame(DenseOf(fromDense), DenseOf(fromSparse));
     EXPECT_EQ(fromDense.vbget(1, 1), 23.0);
-    EXPECT_EQ(fromDense.NonZeros(), 4U) << "cells of 0 are not stored";
+    EXPECT_EQ(fromDense.NonZeros(), 10U) << "four of the block, cells of 0 are not stored, and six around it";
+    M_Duplicate(&sparseSource, 3, 1, &fromSparse, 1, 3, 4, 1);
+    ExpectSame(DenseOf(fromSparse), ByRows(4, 3, {23, 0, 41, 0, 34, 0, 43, 44, 5, 5, 5, 5}));
     M_Duplicate(&sparseSource, 2, 2, &fromSparse, 0, 1, 1, 1);
     EXPECT_EQ(fromSparse.vbget(1, 1), 23.0) << "a position outside copies nothing";
 }

@@ -104,7 +104,7 @@ TEST(DenseProducts, EachExpressionAtAllEdges)
         const std::unique_ptr<Table> owner(out);
         EXPECT_EQ(M_ProductAB(&A, rows, inner, &B, cols, out), 0);
         ExpectSame(*out, product, "A B");
-        M_ProductATrB(&A, rows, inner, &trB, cols, out);
+        EXPECT_EQ(M_ProductATrB(&A, rows, inner, &trB, cols, out), 0);
         ExpectSame(*out, product, "A B'");
         M_ProductTrAB(&trA, inner, rows, &B, cols, out);
         ExpectSame(*out, product, "A' B");
@@ -130,7 +130,7 @@ TEST(DenseProducts, FormsWithADiagonalOrAMiddle)
         M_ProductABC(&A, rows, inner, &B, cols, &C, 6, &triple);
         ExpectSame(triple, Times(Times(A, B), C), "A B C");
         Table outer(rows, rows);
-        M_ProductABTrA(&A, rows, inner, &square, 0, &outer);
+        M_ProductABTrA(&A, rows, inner, &square, 1, &outer);  // a flag is on at -1 alone
         ExpectSame(outer, Times(Times(A, square), Transposed(A)), "A B A'");
         Table middle = SymmetricIntegers(inner, 10);
         M_ProductABTrA(&A, rows, inner, &middle, -1, &outer);
@@ -139,7 +139,7 @@ TEST(DenseProducts, FormsWithADiagonalOrAMiddle)
         M_ProductTrABA(&A, rows, inner, &symmetric, -1, &form);
         ExpectSame(form, Times(Times(Transposed(A), symmetric), A), "A' B A, symmetric");
         Table skew = Integers(rows, rows, 11);
-        M_ProductTrABA(&A, rows, inner, &skew, 0, &form);
+        M_ProductTrABA(&A, rows, inner, &skew, 1, &form);
         ExpectSame(form, Times(Times(Transposed(A), skew), A), "A' B A");
         M_ProductTrADiagVA(&A, rows, inner, &left, &form);
         ExpectSame(form, Times(Times(Transposed(A), DiagonalOf(left)), A), "A' diag(v) A");
@@ -238,8 +238,12 @@ TEST(SparseProducts, AgreeWithTheDefinition)
         ExpectSame(*dense, Times(A, B), "A B, dense B");
         M_ProductABC(&sA, rows, inner, &sB, cols, &sC, 6, out);
         ExpectSame(DenseOf(result), Times(Times(A, B), C), "A B C");
-        M_ProductABTrA(&sA, rows, inner, &sSquare, 0, out);
+        M_ProductABTrA(&sA, rows, inner, &sSquare, 1, out);
         ExpectSame(DenseOf(result), Times(Times(A, square), trA), "A B A'");
+        Table skew = Integers(rows, rows, 29, true);
+        matrixSparse sSkew(&skew);
+        M_ProductTrABA(&sA, rows, inner, &sSkew, 1, out);
+        ExpectSame(DenseOf(result), Times(Times(trA, skew), A), "A' B A");
         M_ProductTrABA(&sA, rows, inner, &sSymmetric, -1, out);
         ExpectSame(DenseOf(result), Times(Times(trA, symmetric), A), "A' B A, symmetric");
         Table other = Integers(rows, inner, 26, true);
@@ -284,6 +288,42 @@ TEST(SparseProducts, LeadingBlocksAndMultiples)
     ExpectSame(DenseOf(sA), A, "s A in place, the leading block alone");
     M_ScalarsA2(&sA, 5, 4, 0.0);
     EXPECT_EQ(sA.NonZeros(), 0U);
+}
+
+// Each size in its turn negative: -1, and the output stays.
+TEST(Products, NegativeSizesAreRefused)
+{
+    for (int k = 0; k < 3; ++k) {
+        int s[] = {1, 1, 1};
+        s[k] = -1;
+        Table A(2, 2, 3.0);
+        Table C(1, 2, 7.0);
+        matrixSparse sA(&A), sC(&C);
+        Table* out = &C;
+        matrixSparse* sOut = &sC;
+        int refused = 0;
+        refused += M_ProductAB(&A, s[0], s[1], &A, s[2], out) + M_ProductAB(&sA, s[0], s[1], &sA, s[2], sOut);
+        refused += M_ProductATrB(&A, s[0], s[1], &A, s[2], out) + M_ProductAB(&sA, s[0], s[1], &A, s[2], out);
+        refused += M_ProductTrAB(&A, s[0], s[1], &A, s[2], out);
+        refused += M_ProductATrB(&sA, s[0], s[1], &sA, s[2], sOut);
+        refused += M_ProductTrAB(&sA, s[0], s[1], &sA, s[2], sOut);
+        refused += M_ProductABC(&A, s[0], s[1], &A, s[2], &A, 1, &C);
+        refused += M_ProductABC(&sA, s[0], s[1], &sA, s[2], &sA, 1, &sC);
+        EXPECT_EQ(refused, -9) << k;
+        refused = 0;
+        if (k < 2) {
+            refused += M_ProductATrA(&A, s[0], s[1], out) + M_ProductTrAA(&A, s[0], s[1], out);
+            refused += M_ProductABTrA(&A, s[0], s[1], &A, 0, &C) + M_ProductTrABA(&A, s[0], s[1], &A, 0, &C);
+            refused += M_ProductABTrA(&sA, s[0], s[1], &sA, 0, &sC);
+            refused += M_ProductTrABA(&sA, s[0], s[1], &sA, 0, &sC);
+            refused +=
+                M_ProductTrADiagVA(&A, s[0], s[1], &A, &C) + M_ProductADiagVTrA(&A, s[0], s[1], &A, &C);
+            refused += M_ProductDiagVA(&A, s[0], &A, s[1], &C) + M_ProductTrBV(&A, s[0], s[1], &A, &C);
+            EXPECT_EQ(refused, -10) << k;
+        }
+        ExpectSame(C, Table(1, 2, 7.0), "the output");
+        ExpectSame(DenseOf(sC), C, "the sparse output");
+    }
 }
 
 TEST(BlockProducts, AgreeWithTheAssembledMatrix)

@@ -152,6 +152,13 @@ TEST(Projections, SquareRootAndNearestSemidefinite)
     EXPECT_EQ(M_SquareRoot(&sparse, 3, &root), -1);
     EXPECT_EQ(root.vbget(2, 2), 0.0);
 
+    // Eigenvalues of 2e6 and -5e-10, which is rounding, or -5e-7, which is not.
+    for (const double below : {1e-9, 1e-6}) {
+        matrix<double> rounded = ByRows(2, 2, {1e6, 1e6, 1e6, 1e6 - below});
+        matrixSparse sparseRounded(&rounded);
+        EXPECT_EQ(M_SquareRoot(&sparseRounded, 2, &root), below < 1e-7 ? 0 : -1) << below;
+    }
+
     matrix<double> indefinite = ByRows(2, 2, {1, 2, 2, 1});  // 3 and -1
     matrix<double>* nearest = nullptr;
     M_SProject(&indefinite, 2, nearest);

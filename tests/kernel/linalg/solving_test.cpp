@@ -200,6 +200,12 @@ TEST(GeneralizedInverse, SingularAndUnsymmetric)
     EXPECT_EQ(M_InvGeneralizedSym(&mirrored, 3, &G, 1e-8, rank), 0);
     EXPECT_EQ(rank, 2);
     EXPECT_LE(Distance(G, ByRows(3, 3, {0, 0.5, 0, 0.5, 0, 0, 0, 0, 0})), kRoundoff);
+    // The tolerance is a share of the diagonal: the second pivot is 1 of 1e6 + 1.
+    matrix<double> scaled = ByRows(2, 2, {1e6, 1e6, 1e6, 1e6 + 1});
+    for (const double tolerance : {1e-7, 1e-5}) {
+        EXPECT_EQ(M_InvGeneralized(&scaled, 2, &G, tolerance, rank), 0);
+        EXPECT_EQ(rank, tolerance < 1e-6 ? 2 : 1);
+    }
     EXPECT_EQ(M_InvGeneralized(&lower, 3, &G, 1e-8, rank), -1);
     EXPECT_EQ(rank, 0);
 }
