@@ -135,7 +135,8 @@ TEST(Eigen, FilterDropsWhatIsNearZero)
     {
         double tol, level;
         int kept;
-    } cases[] = {{1e-12, 0, 3}, {1e-12, 0.01, 2}, {1e-12, 1, 3}, {1, 0, 1}, {0, 0, 4}, {9, 0, 0}};
+    } cases[] =
+        {{1e-12, 0, 3}, {1e-12, 0.01, 2}, {1e-12, 0.3, 1}, {1e-12, 1, 3}, {1, 0, 1}, {0, 0, 4}, {9, 0, 0}};
     for (const auto& c : cases) {
         EXPECT_EQ(FilterEigen(&values, 5, c.tol, c.level), c.kept) << c.tol << ' ' << c.level;
     }

@@ -111,7 +111,7 @@ TEST(LeastSquares, RefusedTermsHaveCoefficientZero)
     EXPECT_EQ(errors.vbget(1), korvenrg::kMissing) << "no degree of freedom is left";
 }
 
-// Weights are replicated rows, in the standard errors too.
+// Weights are replicated rows, in the standard errors too. A flag of 1 is off.
 TEST(LeastSquares, StandardErrorsCountTheWeights)
 {
     Table X = Columns();
@@ -133,8 +133,8 @@ TEST(LeastSquares, StandardErrorsCountTheWeights)
     Table out[6] = {Table(3, 1), Table(3, 1), Table(12, 1), Table(3, 1), Table(3, 1), Table(24, 1)};
     double mse[2] = {};
     for (const short fixed : {short{1}, kTrue}) {
-        OLSBasic2(12, 2, &X, &Y, &W, 1, kFalse, fixed, 1e-10, &out[0], &out[1], &out[2], &mse[0]);
-        OLSBasic2(24, 2, &all, &allY, nullptr, 1, kFalse, fixed, 1e-10, &out[3], &out[4], &out[5], &mse[1]);
+        OLSBasic2(12, 2, &X, &Y, &W, 1, 1, fixed, 1e-10, &out[0], &out[1], &out[2], &mse[0]);
+        OLSBasic2(24, 2, &all, &allY, nullptr, 1, 1, fixed, 1e-10, &out[3], &out[4], &out[5], &mse[1]);
         double sse = 0.0;
         for (int i = 1; i <= 24; ++i) {
             sse += std::pow(allY.vbget(i) - out[5].vbget(i), 2.0);

@@ -157,6 +157,11 @@ TEST(NewtonStep, DampedStepKeepsTheUndampedInverse)
     // (H with -8 and -4 on the diagonal)^-1 g = (-10, 13) / 31
     EXPECT_LE(Distance(p.beta, ByRows(2, 1, {2 + 10.0 / 31, 2 - 13.0 / 31})), kRoundoff);
     ExpectClose(p.work.vbget(2), 4.0 / 7, kRoundoff);
+    for (const double ridge : {-0.5, HUGE_VAL, kNaN}) {  // none of them damps
+        Problem plain(ByRows(1, 1, {-2}), {3});
+        EXPECT_EQ(plain.Step(1e-6, korvenrg::kTrue, ridge), 0);
+        ExpectClose(plain.beta.vbget(1), 3.5, kRoundoff);
+    }
 }
 
 TEST(ConstrainedInverse, FreeBlockAlone)

@@ -89,6 +89,7 @@ TEST(Products, DesignProductOrdersColumnsAndMergesStates)
         EXPECT_EQ(states.vbget(j), merged[j - 1]);
     }
     M_ProductDesignAB2(&A, 2, &columns, &B, 3, 17, &work, &states);
+    M_ProductDesignAB2(&A, 2, &columns, &B, 0, 6, &work, &states);
     EXPECT_EQ(columns, 6) << "eighteen columns do not fit in seventeen";
 }
 

@@ -147,6 +147,9 @@ TEST(G2Sweep, TwiceRestoresAndBadPivotsAreCleared)
     EXPECT_EQ(Distance(m, ByRows(3, 3, {4, 2, 8, 2, 5, 1, 9, 9, 9})), 0.0);
     G2SweepStep(&m, 2, 3, 1e-12);
     EXPECT_EQ(m.vbget(3, 3), 9.0);
+    matrix<double> narrow(3, 2, 4.0);
+    G2SweepStep(&narrow, 3, 1, 1e-12);
+    EXPECT_EQ(Distance(narrow, matrix<double>(3, 2, 4.0)), 0.0) << "fewer than n x n cells";
     for (const double pivot : {1e-13, -4.0, kNaN}) {
         double cells[] = {4, 2, 2, pivot};
         G2SweepStep(cells, 2, 2, 1e-12);
