@@ -136,6 +136,9 @@ TEST(G2Sweep, SelectedPivotsAndTheSolution)
     M_InverseG2Selective(&A, 4, &selected, 5.0, &G, kFalse);  // refuses the first pivot, 4, alone
     EXPECT_EQ(G.vbget(1, 4), 0.0);
     EXPECT_NE(G.vbget(2, 4), 0.0);
+    M_InverseG2Selective(&A, 4, &selected, 0.9, &G, kTrue);  // 5 is left of the second pivot's 14
+    EXPECT_EQ(G.vbget(1, 4), 6.0);
+    EXPECT_EQ(G.vbget(2, 4), 0.0);
 }
 
 TEST(G2Sweep, TwiceRestoresAndBadPivotsAreCleared)
