@@ -6,8 +6,11 @@
 
 #include "kernel/linalg/block_tables.h"
 #include "kernel/linalg/vectors.h"
+#include "support/dense.h"
 
 namespace {
+
+using korvenrg::test::ByRows;
 
 using Table = matrix<double>;
 using OwnedTable = std::unique_ptr<Table>;
@@ -61,6 +64,18 @@ TEST(Copies, BlocksLandWhereTheyShould)
     EXPECT_EQ(doubles.vbget(4, 2), 8.0);
     EXPECT_EQ(doubles.vbget(5, 2), 8.0);
     EXPECT_EQ(doubles.vbget(3, 2), 0.0);
+    auto* column = new Table(1, 3, 9.0);
+    const OwnedTable owner(column);
+    CopyMatrixColToVector(&source, 4, 3, column);
+    ExpectSame(*column, ByRows(4, 1, {13, 23, 0, 43}));
+    CopyMatrixColToMatrixCol(&source, 3, 2, &doubles, 1);
+    ExpectSame(doubles, ByRows(5, 2, {0, 0, 22, 0, 32, 0, 0, 8, 0, 8}));
+    Table* created = nullptr;
+    CopyMatrixColToVector(column, 4, 1, created);
+    const OwnedTable second(created);
+    ExpectSame(*created, *column);
+    V_Duplicate2(&source, 3, created);
+    ExpectSame(*created, ByRows(4, 1, {11, 0, 31, 43}));
     M_ExtractMatToMat(&source, 3, 5, 4, &source);
     EXPECT_EQ(source.vbget(2, 4), 44.0) << "rows may move up within one table";
 }
@@ -79,18 +94,21 @@ TEST(Copies, SparseFormsAgreeWithDenseOnes)
             M_PasteBlock(&source, fitting, 4, &dense, r, 4);
             M_PasteBlock(&sparseSource, rows, 4, &sparse, r, 4);
             ExpectSame(DenseOf(sparse), dense);
+            EXPECT_EQ(sparse.NonZeros(), matrixSparse(&dense).NonZeros()) << "and stores nothing outside";
             Table pasted(6, old);
             M_PasteBlock(&sparseSource, fitting, 4, &pasted, r, 4);
             ExpectSame(pasted, dense);
         }
     }
-    matrixSparse fromDense(3, 2, 5.0);
-    matrixSparse fromSparse(3, 2, 5.0);
+    matrixSparse fromDense(4, 3, 5.0);
+    matrixSparse fromSparse(4, 3, 5.0);
     M_CopyBlock(&source, 2, 4, 3, 4, &fromDense);
     M_CopyBlock(&sparseSource, 2, 4, 3, 4, &fromSparse);
     ExpectSame(DenseOf(fromDense), DenseOf(fromSparse));
     EXPECT_EQ(fromDense.vbget(1, 1), 23.0);
-    EXPECT_EQ(fromDense.NonZeros(), 4U) << "cells of 0 are not stored";
+    EXPECT_EQ(fromDense.NonZeros(), 10U) << "four of the block, cells of 0 are not stored, and six around it";
+    M_Duplicate(&sparseSource, 3, 1, &fromSparse, 1, 3, 4, 1);
+    ExpectSame(DenseOf(fromSparse), ByRows(4, 3, {23, 0, 41, 0, 34, 0, 43, 44, 5, 5, 5, 5}));
     M_Duplicate(&sparseSource, 2, 2, &fromSparse, 0, 1, 1, 1);
     EXPECT_EQ(fromSparse.vbget(1, 1), 23.0) << "a position outside copies nothing";
 }
@@ -99,7 +117,7 @@ TEST(Copies, JoinsPadWithZeros)
 {
     Table left = Numbered(3, 2);
     Table right = Numbered(2, 2);
-    Table* joined = nullptr;
+    auto* joined = new Table(3, 3, 7.0);  // of the right shape, so that nothing but the operation clears it
     HMergeTables<double>(&left, 3, 2, &right, 2, 1, joined);
     OwnedTable owner(joined);
     ASSERT_EQ(joined->rows, 3);
@@ -154,7 +172,7 @@ TEST(Copies, TransposesOfEachShape)
                 expected.vbset(j, i, source.vbget(i, j));
             }
         }
-        Table* transposed = nullptr;
+        Table* transposed = rows > 2 ? new Table(1, 1) : nullptr;
         M_Transpose(&source, rows, cols, transposed);
         const OwnedTable owner(transposed);
         ExpectSame(*transposed, expected);
@@ -165,6 +183,9 @@ TEST(Copies, TransposesOfEachShape)
         M_Transpose2(&source, rows, cols);
         ExpectSame(source, expected);
     }
+    Table larger = Numbered(3, 4);
+    M_Transpose2(&larger, 2, 2);
+    ExpectSame(larger, ByRows(3, 4, {11, 0, 13, 14, 0, 22, 23, 0, 31, 32, 0, 34}));
 }
 
 TEST(Fills, MultiplesAndSums)
@@ -179,6 +200,19 @@ TEST(Fills, MultiplesAndSums)
     M_APlusVal2(&B, 1, 3, 0.5);
     EXPECT_EQ(B.vbget(2, 2), 410.0);
     EXPECT_EQ(B.vbget(1, 3), 23.5) << "the third column is not multiplied";
+    Table multiple(3, 3, 5.0);
+    M_ScalarsA(&A, 2, 2, -2.0, &multiple);
+    ExpectSame(multiple, ByRows(3, 3, {-22, 0, 5, 0, -44, 5, 5, 5, 5}));
+    EXPECT_EQ(A.vbget(2, 2), 22.0);
+    Table* sum = nullptr;
+    M_Sums1As2B(&A, 2, 1, &B, 1.0, 1.0, sum);
+    const OwnedTable owner(sum);
+    ASSERT_EQ(sum->cols, 1);
+    EXPECT_EQ(sum->vbget(1), A.vbget(1, 1) + B.vbget(1, 1));
+    short flags[] = {-1, 1, 7, -1};
+    EXPECT_EQ(InitVectorToFalse(flags, 3), 3);
+    EXPECT_EQ(flags[0] | flags[1] | flags[2], 0);
+    EXPECT_EQ(flags[3], -1);
     V_Set1toN(&A, 5);
     EXPECT_EQ(A.vbget(5), 5.0);
     SetVectorToValue(&A, 2, 9.0);
@@ -196,7 +230,15 @@ TEST(BlockTables, FlatArraysGoInAndOut)
     double back[12] = {};
     unloadSuperMat(blocks, back, 2, 3, 2);
     EXPECT_EQ(back[2], -3.0);
+    EXPECT_EQ(back[1], 2.0);
+    EXPECT_EQ(back[6], 7.0);
     EXPECT_EQ(back[11], 12.0);
+    deletecascade(blocks, 2);
+    blocks = new Table*[2];
+    iniSuperMat(blocks, 2, 3, 2);
+    ExpectSame(*blocks[0], Table(3, 2));
+    ExpectSame(*blocks[1], Table(3, 2));
+    EXPECT_NE(blocks[0], blocks[1]);
     deletecascade(blocks, 2);
 
     BSTR texts[] = {SysAllocString(L"one"), nullptr, SysAllocString(L"three"), SysAllocString(L"four")};

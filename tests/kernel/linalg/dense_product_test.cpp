@@ -4,8 +4,10 @@
 #include <random>
 
 #include "kernel/linalg/block_products.h"
+#include "kernel/linalg/copies.h"
 #include "kernel/linalg/products.h"
 #include "kernel/linalg/sparse_products.h"
+#include "kernel/linalg/vectors.h"
 
 namespace {
 
@@ -102,7 +104,7 @@ TEST(DenseProducts, EachExpressionAtAllEdges)
         const std::unique_ptr<Table> owner(out);
         EXPECT_EQ(M_ProductAB(&A, rows, inner, &B, cols, out), 0);
         ExpectSame(*out, product, "A B");
-        M_ProductATrB(&A, rows, inner, &trB, cols, out);
+        EXPECT_EQ(M_ProductATrB(&A, rows, inner, &trB, cols, out), 0);
         ExpectSame(*out, product, "A B'");
         M_ProductTrAB(&trA, inner, rows, &B, cols, out);
         ExpectSame(*out, product, "A' B");
@@ -128,11 +130,17 @@ TEST(DenseProducts, FormsWithADiagonalOrAMiddle)
         M_ProductABC(&A, rows, inner, &B, cols, &C, 6, &triple);
         ExpectSame(triple, Times(Times(A, B), C), "A B C");
         Table outer(rows, rows);
-        M_ProductABTrA(&A, rows, inner, &square, 0, &outer);
+        M_ProductABTrA(&A, rows, inner, &square, 1, &outer);  // a flag is on at -1 alone
         ExpectSame(outer, Times(Times(A, square), Transposed(A)), "A B A'");
+        Table middle = SymmetricIntegers(inner, 10);
+        M_ProductABTrA(&A, rows, inner, &middle, -1, &outer);
+        ExpectSame(outer, Times(Times(A, middle), Transposed(A)), "A B A', symmetric");
         Table form(inner, inner);
         M_ProductTrABA(&A, rows, inner, &symmetric, -1, &form);
         ExpectSame(form, Times(Times(Transposed(A), symmetric), A), "A' B A, symmetric");
+        Table skew = Integers(rows, rows, 11);
+        M_ProductTrABA(&A, rows, inner, &skew, 1, &form);
+        ExpectSame(form, Times(Times(Transposed(A), skew), A), "A' B A");
         M_ProductTrADiagVA(&A, rows, inner, &left, &form);
         ExpectSame(form, Times(Times(Transposed(A), DiagonalOf(left)), A), "A' diag(v) A");
         M_ProductADiagVTrA(&A, rows, inner, &right, &outer);
@@ -142,10 +150,32 @@ TEST(DenseProducts, FormsWithADiagonalOrAMiddle)
         ExpectSame(scaled, Times(DiagonalOf(left), A), "diag(v) A");
         Table vector(inner, 1);
         M_ProductVB(&left, &A, rows, inner, &vector);
-        ExpectSame(vector, Times(Transposed(A), left), "v' B");
+        const Table back = Times(Transposed(A), left);
+        ExpectSame(vector, back, "v' B");
+        Table again(inner, 1);
+        M_ProductTrBV(&A, rows, inner, &left, &again);
+        ExpectSame(again, back, "B' v");
+        SetVectorToValue(&again, inner, 0.5);
+        M_ProductTrADiagV(&A, rows, inner, &left, &again);
+        ExpectSame(again, back, "A' v");
         Table mapped(rows, 1);
         M_ProductBV(&A, rows, inner, &right, &mapped);
         ExpectSame(mapped, Times(A, right), "B v");
+    }
+}
+
+TEST(DenseProducts, OfTwoVectors)
+{
+    for (const int n : {1, 4, 300}) {
+        Table a = Integers(n, 1, 24);
+        Table b = Integers(n, 1, 25);
+        Table cells(n, 1);
+        V_ProductV1V2(&a, n, &b, &cells);
+        ExpectSame(cells, Times(DiagonalOf(a), b), "element products");
+        EXPECT_EQ(V_ProductTrV1V2(&a, n, &b), Times(Transposed(a), b).vbget(1));
+        Table outer(n, n);
+        V_ProductV1TrV2(&a, n, &b, &outer);
+        ExpectSame(outer, Times(a, Transposed(b)), "a b'");
     }
 }
 
@@ -200,12 +230,28 @@ TEST(SparseProducts, AgreeWithTheDefinition)
         ExpectSame(DenseOf(result), Times(A, B), "A' B");
         M_ProductTrAA(&sA, rows, inner, out);
         ExpectSame(DenseOf(result), Times(trA, A), "A' A");
+        M_ProductATrA(&sA, rows, inner, out);
+        ExpectSame(DenseOf(result), Times(A, trA), "A A'");
+        auto* dense = new Table(2, 1, 5.0);
+        const std::unique_ptr<Table> owner(dense);
+        EXPECT_EQ(M_ProductAB(&sA, rows, inner, &B, cols, dense), 0);
+        ExpectSame(*dense, Times(A, B), "A B, dense B");
         M_ProductABC(&sA, rows, inner, &sB, cols, &sC, 6, out);
         ExpectSame(DenseOf(result), Times(Times(A, B), C), "A B C");
-        M_ProductABTrA(&sA, rows, inner, &sSquare, 0, out);
+        M_ProductABTrA(&sA, rows, inner, &sSquare, 1, out);
         ExpectSame(DenseOf(result), Times(Times(A, square), trA), "A B A'");
+        Table skew = Integers(rows, rows, 29, true);
+        matrixSparse sSkew(&skew);
+        M_ProductTrABA(&sA, rows, inner, &sSkew, 1, out);
+        ExpectSame(DenseOf(result), Times(Times(trA, skew), A), "A' B A");
         M_ProductTrABA(&sA, rows, inner, &sSymmetric, -1, out);
         ExpectSame(DenseOf(result), Times(Times(trA, symmetric), A), "A' B A, symmetric");
+        Table other = Integers(rows, inner, 26, true);
+        Table* sum = dense;
+        M_Sums1As2B(&A, rows, inner, &other, 2.0, -3.0, sum);
+        matrixSparse sOther(&other);
+        M_Sums1As2B(&sA, rows, inner, &sOther, 2.0, -3.0, out);
+        ExpectSame(DenseOf(result), *sum, "2 A - 3 B");
         M_Sums1As2B(&sA, rows, inner, &sA, 3.0, -3.0, out);
         EXPECT_EQ(result.NonZeros(), 0U) << "cells that cancel are not stored";
         Table mapped(rows, 1);
@@ -215,6 +261,68 @@ TEST(SparseProducts, AgreeWithTheDefinition)
         M_ProductTrBV(&sTrA, inner, rows, &v, &back);
         ExpectSame(back, Times(A, v), "B' v");
         EXPECT_EQ(M_ProductTrVBV(&v, inner, &sSquare), M_ProductTrVBV(&v, inner, &square));
+    }
+}
+
+TEST(SparseProducts, LeadingBlocksAndMultiples)
+{
+    Table A = Integers(5, 4, 27, true);
+    Table B = Integers(4, 6, 28, true);
+    Table leadingA(3, 2);
+    Table leadingB(2, 4);
+    M_CopyBlock(&A, 1, 3, 1, 2, &leadingA);
+    M_CopyBlock(&B, 1, 2, 1, 4, &leadingB);
+    matrixSparse sA(&A), sB(&B), result(9, 9, 1.0);
+    matrixSparse* out = nullptr;
+    M_ProductAB(&sA, 3, 2, &sB, 4, out);
+    const std::unique_ptr<matrixSparse> owner(out);
+    ExpectSame(DenseOf(*out), Times(leadingA, leadingB), "leading blocks");
+    EXPECT_EQ(M_ProductAB(&sA, 3, -1, &sB, 4, out), -1);
+    EXPECT_EQ(out->Rows(), 3);
+
+    M_ScalarsA(&sA, 3, 2, -2.5, &result);
+    M_ScalarsA2(&leadingA, 3, 2, -2.5);
+    ExpectSame(DenseOf(result), leadingA, "s A");
+    M_ScalarsA2(&sA, 3, 2, -2.5);
+    M_ScalarsA2(&A, 3, 2, -2.5);
+    ExpectSame(DenseOf(sA), A, "s A in place, the leading block alone");
+    M_ScalarsA2(&sA, 5, 4, 0.0);
+    EXPECT_EQ(sA.NonZeros(), 0U);
+}
+
+// Each size in its turn negative: -1, and the output stays.
+TEST(Products, NegativeSizesAreRefused)
+{
+    for (int k = 0; k < 3; ++k) {
+        int s[] = {1, 1, 1};
+        s[k] = -1;
+        Table A(2, 2, 3.0);
+        Table C(1, 2, 7.0);
+        matrixSparse sA(&A), sC(&C);
+        Table* out = &C;
+        matrixSparse* sOut = &sC;
+        int refused = 0;
+        refused += M_ProductAB(&A, s[0], s[1], &A, s[2], out) + M_ProductAB(&sA, s[0], s[1], &sA, s[2], sOut);
+        refused += M_ProductATrB(&A, s[0], s[1], &A, s[2], out) + M_ProductAB(&sA, s[0], s[1], &A, s[2], out);
+        refused += M_ProductTrAB(&A, s[0], s[1], &A, s[2], out);
+        refused += M_ProductATrB(&sA, s[0], s[1], &sA, s[2], sOut);
+        refused += M_ProductTrAB(&sA, s[0], s[1], &sA, s[2], sOut);
+        refused += M_ProductABC(&A, s[0], s[1], &A, s[2], &A, 1, &C);
+        refused += M_ProductABC(&sA, s[0], s[1], &sA, s[2], &sA, 1, &sC);
+        EXPECT_EQ(refused, -9) << k;
+        refused = 0;
+        if (k < 2) {
+            refused += M_ProductATrA(&A, s[0], s[1], out) + M_ProductTrAA(&A, s[0], s[1], out);
+            refused += M_ProductABTrA(&A, s[0], s[1], &A, 0, &C) + M_ProductTrABA(&A, s[0], s[1], &A, 0, &C);
+            refused += M_ProductABTrA(&sA, s[0], s[1], &sA, 0, &sC);
+            refused += M_ProductTrABA(&sA, s[0], s[1], &sA, 0, &sC);
+            refused +=
+                M_ProductTrADiagVA(&A, s[0], s[1], &A, &C) + M_ProductADiagVTrA(&A, s[0], s[1], &A, &C);
+            refused += M_ProductDiagVA(&A, s[0], &A, s[1], &C) + M_ProductTrBV(&A, s[0], s[1], &A, &C);
+            EXPECT_EQ(refused, -10) << k;
+        }
+        ExpectSame(C, Table(1, 2, 7.0), "the output");
+        ExpectSame(DenseOf(sC), C, "the sparse output");
     }
 }
 

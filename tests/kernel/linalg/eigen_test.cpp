@@ -135,7 +135,8 @@ TEST(Eigen, FilterDropsWhatIsNearZero)
     {
         double tol, level;
         int kept;
-    } cases[] = {{1e-12, 0, 3}, {1e-12, 0.01, 2}, {1e-12, 1, 3}, {1, 0, 1}, {0, 0, 4}, {9, 0, 0}};
+    } cases[] =
+        {{1e-12, 0, 3}, {1e-12, 0.01, 2}, {1e-12, 0.3, 1}, {1e-12, 1, 3}, {1, 0, 1}, {0, 0, 4}, {9, 0, 0}};
     for (const auto& c : cases) {
         EXPECT_EQ(FilterEigen(&values, 5, c.tol, c.level), c.kept) << c.tol << ' ' << c.level;
     }
@@ -152,10 +153,24 @@ TEST(Projections, SquareRootAndNearestSemidefinite)
     EXPECT_EQ(M_SquareRoot(&sparse, 3, &root), -1);
     EXPECT_EQ(root.vbget(2, 2), 0.0);
 
+    // Eigenvalues of 2e6 and -5e-10, which is rounding, or -5e-7, which is not.
+    for (const double below : {1e-9, 1e-6}) {
+        matrix<double> rounded = ByRows(2, 2, {1e6, 1e6, 1e6, 1e6 - below});
+        matrixSparse sparseRounded(&rounded);
+        EXPECT_EQ(M_SquareRoot(&sparseRounded, 2, &root), below < 1e-7 ? 0 : -1) << below;
+    }
+
     matrix<double> indefinite = ByRows(2, 2, {1, 2, 2, 1});  // 3 and -1
     matrix<double>* nearest = nullptr;
     M_SProject(&indefinite, 2, nearest);
     EXPECT_LE(Distance(*nearest, matrix<double>(2, 2, 1.5)), kRoundoff);
+    M_SProject(&A, 3, nearest);
+    EXPECT_EQ(Distance(*nearest, A), 0.0) << "it has no negative eigenvalue";
+    indefinite.vbset(1, 1, HUGE_VAL);
+    M_SProject(&indefinite, 2, nearest);
+    ASSERT_EQ(nearest->rows, 2);
+    EXPECT_EQ(nearest->vbget(1, 1), HUGE_VAL);
+    EXPECT_EQ(nearest->vbget(2, 1), 2.0);
     delete nearest;
 }
 

@@ -92,6 +92,16 @@ TEST(Cholesky, PivotedFactorOfASemidefiniteMatrix)
     EXPECT_EQ(M_CholDecompPrinc(&sparse, 3, &factor, nullptr, kFalse), 0);
     ExpectClose(factor.vbget(1, 1), std::sqrt(13.0), kRoundoff);
     EXPECT_EQ(factor.vbget(1, 2), 0.0);
+    matrix<double> cycle = ByRows(3, 3, {4, 2, 1, 2, 25, 5, 1, 5, 10});  // pivots in the order 2, 3, 1
+    matrixSparse sparseCycle(&cycle);
+    EXPECT_EQ(M_CholDecompPrinc(&sparseCycle, 3, &factor, &pivots, kTrue), 0);
+    EXPECT_EQ(Distance(pivots, ByRows(3, 1, {2, 3, 1})), 0.0);
+    factor.outputSparse(&L);
+    EXPECT_LE(Distance(Times(L, Transpose(L)), cycle), 1e-14);
+    EXPECT_EQ(M_CholDecompPrinc(&sparseCycle, 3, &factor, nullptr, kFalse), 0);
+    EXPECT_EQ(Distance(ByRows(1, 3, {factor.vbget(1, 1), factor.vbget(2, 1), factor.vbget(2, 2)}),
+                       ByRows(1, 3, {5, 1, 3})),
+              0.0);
     sparse.vbset(2, 2, 0.5);
     EXPECT_EQ(M_CholDecompPrinc(&sparse, 3, &factor, nullptr, kFalse), -1);
     matrix<double> exchange = ByRows(2, 2, {0, 1, 1, 0});

@@ -117,6 +117,44 @@ TEST(LeastSquares, RefusedTermsHaveCoefficientZero)
     ExpectClose(errors.vbget(1), std::sqrt(mse / 55), kRoundoff);
 }
 
+// Weights are replicated rows, in the standard errors too. A flag of 1 is off.
+TEST(LeastSquares, StandardErrorsCountTheWeights)
+{
+    Table X = Columns();
+    Table Y(12, 1);
+    Table W(12, 1);
+    Table all(24, 2);
+    Table allY(24, 1);
+    int row = 0;
+    for (int i = 1; i <= 12; ++i) {
+        Y.vbset(i, std::sin(static_cast<double>(i)));
+        W.vbset(i, 1.0 + i % 3);
+        for (int copy = 0; copy <= i % 3; ++copy) {
+            row += 1;
+            all.vbset(row, 1, X.vbget(i, 1));
+            all.vbset(row, 2, X.vbget(i, 2));
+            allY.vbset(row, Y.vbget(i));
+        }
+    }
+    Table out[6] = {Table(3, 1), Table(3, 1), Table(12, 1), Table(3, 1), Table(3, 1), Table(24, 1)};
+    double mse[2] = {};
+    for (const short fixed : {short{1}, kTrue}) {
+        OLSBasic2(12, 2, &X, &Y, &W, 1, 1, fixed, 1e-10, &out[0], &out[1], &out[2], &mse[0]);
+        OLSBasic2(24, 2, &all, &allY, nullptr, 1, 1, fixed, 1e-10, &out[3], &out[4], &out[5], &mse[1]);
+        double sse = 0.0;
+        for (int i = 1; i <= 24; ++i) {
+            sse += std::pow(allY.vbget(i) - out[5].vbget(i), 2.0);
+        }
+        ExpectClose(mse[0], sse / (fixed == kTrue ? 22.0 : 21.0), kIterative);
+        ExpectClose(mse[0], mse[1], kIterative);
+        for (int j = 1; j <= 3; ++j) {
+            ExpectClose(out[0].vbget(j), out[3].vbget(j), kIterative);
+            ExpectClose(out[1].vbget(j), out[4].vbget(j), kIterative);
+        }
+        EXPECT_EQ(out[1].vbget(3) == 0.0, fixed == kTrue);
+    }
+}
+
 // Powers 1..8 of 0..9, whose correlations have the condition 6e11: the refinement brings what an orthogonal
 // factorisation would (7e-8) out of a sweep that keeps four digits.
 TEST(LeastSquares, RefinementOfAPolynomialOfHighDegree)

@@ -16,7 +16,11 @@ namespace {
 using korvenrg::kFalse;
 using korvenrg::kTrue;
 
-/** A call with p categories; verdict(a, b) for identifiers a < b fills the contrasts, listed as (b, a). */
+constexpr int kID1 = 4;
+constexpr int kID2 = 2;
+
+/** A call with p categories; verdict(a, b) for identifiers a < b fills the contrasts, listed as (b, a) in two of the
+ * four columns. */
 struct Grouping
 {
     int p;
@@ -31,7 +35,7 @@ struct Grouping
     Grouping(int count, const Verdict& verdict)
         : p(count),
           means(count, 2),
-          contrasts(count * (count - 1) / 2, 2),
+          contrasts(count * (count - 1) / 2, 4, 1.0),
           signif(count * (count - 1) / 2, 1),
           letters(count, 256, L"old"),
           ranks(count, 1)
@@ -43,8 +47,8 @@ struct Grouping
             means.vbset(a, 2, 100 + a);
             for (int b = a + 1; b <= p; ++b) {
                 k += 1;
-                contrasts.vbset(k, 1, b);
-                contrasts.vbset(k, 2, a);
+                contrasts.vbset(k, kID1, b);
+                contrasts.vbset(k, kID2, a);
                 signif.vbset(k, verdict(a, b));
             }
         }
@@ -60,8 +64,8 @@ struct Grouping
                                      &letters,
                                      &groups,
                                      &ranks,
-                                     1,
-                                     2,
+                                     kID1,
+                                     kID2,
                                      &sort,
                                      down);
     }
@@ -160,8 +164,8 @@ TEST(LetterGroups, NoGroupingWithAnUntestedPair)
     removed.means.vbset(3, 1, korvenrg::kMissing);  // nor with that of a removed category
     EXPECT_EQ(removed.Run(kFalse, kFalse), kFalse);
     Grouping twice(3, [](int, int) { return 0; });
-    twice.contrasts.vbset(3, 1, 2);  // (2, 1) again: (3, 2) has no contrast
-    twice.contrasts.vbset(3, 2, 1);
+    twice.contrasts.vbset(3, kID1, 2);  // (2, 1) again: (3, 2) has no contrast
+    twice.contrasts.vbset(3, kID2, 1);
     EXPECT_EQ(twice.Run(kFalse, kFalse), kFalse);
 }
 

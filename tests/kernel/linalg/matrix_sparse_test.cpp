@@ -72,6 +72,20 @@ TEST(MatrixSparse, InverseStaysBlockDiagonal)
     EXPECT_EQ(matrixSparse(2, 3, 1.0).inverse1(&inverse, ok, 1e-12), -1);
 }
 
+TEST(MatrixSparse, InverseNeedsPivotsAboveTheTolerance)
+{
+    for (const double tolerance : {1.75, 1.0, 0.5}) {
+        matrixSparse pivots(2, 2, 0.0);
+        pivots.vbset(1, 1, 3.0);
+        pivots.vbset(4, -1.0);  // cell (2, 2) by its linear index
+        matrixSparse inverse;
+        short ok = 7;
+        EXPECT_EQ(pivots.inverse1(&inverse, ok, tolerance), tolerance < 1.0 ? 0 : -1) << tolerance;
+        EXPECT_EQ(ok, tolerance < 1.0 ? -1 : 0);
+        EXPECT_TRUE(ok == 0 || inverse.vbget(2, 2) == -1.0);
+    }
+}
+
 TEST(Matrix3DOfSparse, CountsBlocksFromOneButElementsFromZero)
 {
     matrix<int> sizes(2, 1);

@@ -165,6 +165,11 @@ TEST(NewtonStep, DampedStepKeepsTheUndampedInverse)
     // (H with -8 and -4 on the diagonal)^-1 g = (-10, 13) / 31
     EXPECT_LE(Distance(p.beta, ByRows(2, 1, {2 + 10.0 / 31, 2 - 13.0 / 31})), kRoundoff);
     ExpectClose(p.work.vbget(2), 4.0 / 7, kRoundoff);
+    for (const double ridge : {-0.5, HUGE_VAL, kNaN}) {  // none of them damps
+        Problem plain(ByRows(1, 1, {-2}), {3});
+        EXPECT_EQ(plain.Step(1e-6, korvenrg::kTrue, ridge), 0);
+        ExpectClose(plain.beta.vbget(1), 3.5, kRoundoff);
+    }
 }
 
 TEST(ConstrainedInverse, FreeBlockAlone)
@@ -206,10 +211,16 @@ TEST(ConstrainedInverse, PackedMatrixAndRoot)
     EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &none, &packed, korvenrg::kTrue, result), 0);
     const matrix<double> root = ByRows(3, 3, {2, 0, 0, 1, 3, 0, 5, 6, 4});
     EXPECT_LE(Distance(Times(Transpose(root), *result), IdentityOf(3)), kRoundoff);
+    marks.vbset(2, 1.0);
+    marks.vbset(3, 0.0);
+    EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &marks, &packed, korvenrg::kTrue, result), 0);
+    EXPECT_LE(Distance(*result, ByRows(3, 3, {0.5, 0, -0.625, 0, 0, 0, 0, 0, 0.25})), kRoundoff);
     packed.vbset(3, 0.0);
     EXPECT_EQ(cCleanConstraintsAndInvertTriang(3, &none, &packed, korvenrg::kTrue, result), -1);
     EXPECT_EQ(result->vbget(2, 2), 0.0);
     EXPECT_LE(Distance(*result, ByRows(3, 3, {0.5, 0, -0.625, 0, 0, 0, 0, 0, 0.25})), kRoundoff);
+    EXPECT_EQ(cCleanConstraintsAndInvertTriang(4, nullptr, &packed, korvenrg::kTrue, result), -1);
+    EXPECT_EQ(Distance(*result, matrix<double>(4, 4)), 0.0) << "six cells are no triangle of four rows";
     delete result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "core/limits.h"
@@ -34,6 +35,9 @@ TEST(Products, ComputeNewVarIsAVATransposed)
     M_ProductBV(&A, 3, 2, &z, &product);
     EXPECT_EQ(product.vbget(1), 9.0);
     EXPECT_EQ(product.vbget(3), -3.0);
+    z.vbset(2, std::numeric_limits<double>::quiet_NaN());
+    M_ProductBV(&A, 3, 2, &z, &product);
+    EXPECT_EQ(product.vbget(3), -3.0) << "a cell of 0 adds nothing";
 }
 
 // B = [2 1; 1 5] has the inverse [5 -1; -1 2] / 9; a singular one counts by its first row.
@@ -55,6 +59,8 @@ TEST(Products, FormsWithAnInverseInTheMiddle)
     ExpectClose(M_ProductTrVinvBV(&A, 2, &S), 0.25, kRoundoff);
     b[3] = std::numeric_limits<double>::infinity();
     EXPECT_EQ(M_ProductTrAinvBA(&A, 2, 2, &B, korvenrg::kTrue, &C), -1);
+    ExpectClose(C.vbget(4), 2.0, kRoundoff);
+    EXPECT_TRUE(std::isnan(M_ProductTrVinvBV(&A, 2, &B)));
 }
 
 TEST(Products, DesignProductOrdersColumnsAndMergesStates)
@@ -83,6 +89,7 @@ TEST(Products, DesignProductOrdersColumnsAndMergesStates)
         EXPECT_EQ(states.vbget(j), merged[j - 1]);
     }
     M_ProductDesignAB2(&A, 2, &columns, &B, 3, 17, &work, &states);
+    M_ProductDesignAB2(&A, 2, &columns, &B, 0, 6, &work, &states);
     EXPECT_EQ(columns, 6) << "eighteen columns do not fit in seventeen";
 }
 

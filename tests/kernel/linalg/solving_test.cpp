@@ -26,9 +26,12 @@ TEST(Solving, ScaledResidualsStayAtRounding)
             matrix<double> A = RandomDefinite(n, smallest);
             const double unit = 10.0 * n * korvenrg::kEps;
 
-            matrix<double> X(n, 2, 1.0);
-            ASSERT_EQ(M_Gauss(&A, n, 2, &X, kTrue, kTrue), 0);
-            EXPECT_LE(Distance(Times(A, X), matrix<double>(n, 2, 1.0)), unit * RowNorm(A) * RowNorm(X)) << n;
+            matrix<double> B(n, 3, 1.0);
+            B.vbset(1, 2, -2.0);
+            B.vbset(n, 3, 0.25);
+            matrix<double> X(B);
+            ASSERT_EQ(M_Gauss(&A, n, 3, &X, kTrue, kTrue), 0);
+            EXPECT_LE(Distance(Times(A, X), B), unit * RowNorm(A) * RowNorm(X)) << n;
 
             matrix<double> inverse(n, n);
             ASSERT_EQ(cCleanConstraintsAndInvert(n, static_cast<matrix<int>*>(nullptr), &A, &inverse), 0);
@@ -85,6 +88,13 @@ TEST(InverseWithTolerance, LimitIsOneOfTwo)
         }
         delete inverse;
     }
+    matrix<double> wide = ByRows(1, 2, {1, 1});
+    auto* kept = new matrix<double>(1, 1, 7.0);
+    short failed = 0;
+    EXPECT_EQ(InverseWithTolerance(&wide, kept, failed, 0.0), -1);
+    EXPECT_EQ(failed, -1);
+    EXPECT_EQ(kept->vbget(1), 7.0);
+    delete kept;
 }
 
 TEST(ForwardDoolittle, RowsAreSequentialHypotheses)
@@ -94,6 +104,12 @@ TEST(ForwardDoolittle, RowsAreSequentialHypotheses)
     matrix<double>* U = nullptr;
     EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-12, U), 2);
     EXPECT_EQ(Distance(*U, ByRows(3, 3, {1, 0.5, 1, 0, 1, 0, 0, 0, 0})), 0.0);
+    A.vbset(3, 3, 4.0 + 1e-9);
+    EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-8, U), 2);
+    EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-11, U), 3);
+    A.vbset(1, 3, kNaN);
+    EXPECT_EQ(M_ForwardDoolittle(&A, 3, 1e-12, U), -1);
+    EXPECT_EQ(Distance(*U, matrix<double>(3, 3)), 0.0);
     delete U;
 }
 
@@ -120,6 +136,9 @@ TEST(G2Sweep, SelectedPivotsAndTheSolution)
     M_InverseG2Selective(&A, 4, &selected, 5.0, &G, kFalse);  // refuses the first pivot, 4, alone
     EXPECT_EQ(G.vbget(1, 4), 0.0);
     EXPECT_NE(G.vbget(2, 4), 0.0);
+    M_InverseG2Selective(&A, 4, &selected, 0.9, &G, kTrue);  // 5 is left of the second pivot's 14
+    EXPECT_EQ(G.vbget(1, 4), 6.0);
+    EXPECT_EQ(G.vbget(2, 4), 0.0);
 }
 
 TEST(G2Sweep, TwiceRestoresAndBadPivotsAreCleared)
@@ -131,6 +150,9 @@ TEST(G2Sweep, TwiceRestoresAndBadPivotsAreCleared)
     EXPECT_EQ(Distance(m, ByRows(3, 3, {4, 2, 8, 2, 5, 1, 9, 9, 9})), 0.0);
     G2SweepStep(&m, 2, 3, 1e-12);
     EXPECT_EQ(m.vbget(3, 3), 9.0);
+    matrix<double> narrow(3, 2, 4.0);
+    G2SweepStep(&narrow, 3, 1, 1e-12);
+    EXPECT_EQ(Distance(narrow, matrix<double>(3, 2, 4.0)), 0.0) << "fewer than n x n cells";
     for (const double pivot : {1e-13, -4.0, kNaN}) {
         double cells[] = {4, 2, 2, pivot};
         G2SweepStep(cells, 2, 2, 1e-12);
@@ -151,6 +173,7 @@ TEST(GeneralizedInverse, SingularAndUnsymmetric)
                  {ByRows(3, 3, {1, 2, 0, 2, 1, 0, 0, 0, 1}), 3},  // by its middle pivot
                  {ByRows(3, 3, {1, 2, 3, 2, 4, 6, 1, 0, 1e-9}), 2},
                  {ByRows(3, 3, {1, 0, 0, 3e-20, 1e-20, 0, 0, 0, 1e20}), 3},
+                 {ByRows(3, 3, {1, 0.5, 0, 0.1, 1, 0, 0, 0, 1}), 3},
                  {matrix<double>(3, 3), 0}};
     for (const auto& c : cases) {
         matrix<double> A(c.A);
@@ -176,11 +199,20 @@ TEST(GeneralizedInverse, SingularAndUnsymmetric)
     int rank = 0;
     EXPECT_EQ(M_InvGeneralizedSym(&lower, 3, &G, 1e-8, rank), 0);
     EXPECT_LE(Distance(G, ByRows(3, 3, {5.0 / 16, -0.125, 0, -0.125, 0.25, 0, 0, 0, 0})), kRoundoff);
-    // The same for a matrix that rounding has made unsymmetric.
-    matrix<double> nearly =
-        ByRows(3, 3, {4, 2, 4, std::nextafter(2.0, 3.0), 5, 2, 4, 2, std::nextafter(4.0, 5.0)});
+    // The same for a matrix that rounding has made unsymmetric, though the row that depends is the largest.
+    matrix<double> nearly = ByRows(3, 3, {1, 0, 3, 0, 1, 4, 3, 4 + 1e-14, 25});
     EXPECT_EQ(M_InvGeneralized(&nearly, 3, &G, 1e-8, rank), 0);
-    EXPECT_LE(Distance(G, ByRows(3, 3, {5.0 / 16, -0.125, 0, -0.125, 0.25, 0, 0, 0, 0})), kRoundoff);
+    EXPECT_LE(Distance(G, ByRows(3, 3, {1, 0, 0, 0, 1, 0, 0, 0, 0})), kRoundoff);
+    matrix<double> mirrored = ByRows(3, 3, {0, kNaN, kNaN, 2, 0, kNaN, 0, 2, 0});  // indefinite
+    EXPECT_EQ(M_InvGeneralizedSym(&mirrored, 3, &G, 1e-8, rank), 0);
+    EXPECT_EQ(rank, 2);
+    EXPECT_LE(Distance(G, ByRows(3, 3, {0, 0.5, 0, 0.5, 0, 0, 0, 0, 0})), kRoundoff);
+    // The tolerance is a share of the diagonal: the second pivot is 1 of 1e6 + 1.
+    matrix<double> scaled = ByRows(2, 2, {1e6, 1e6, 1e6, 1e6 + 1});
+    for (const double tolerance : {1e-7, 1e-5}) {
+        EXPECT_EQ(M_InvGeneralized(&scaled, 2, &G, tolerance, rank), 0);
+        EXPECT_EQ(rank, tolerance < 1e-6 ? 2 : 1);
+    }
     EXPECT_EQ(M_InvGeneralized(&lower, 3, &G, 1e-8, rank), -1);
     EXPECT_EQ(rank, 0);
 }

@@ -60,14 +60,15 @@ TEST(Sorting, OrderOfSpecialKeysBothWays)
 TEST(Sorting, MovesTableCompanionAndKeyInTheRangeOnly)
 {
     matrix<int> table(5, 2);
-    matrix<int> companion(5, 1);
+    matrix<int> companion(5, 3);
     matrix<int> key(5, 1);
     Fill(table, {11, 12, 13, 14, 15, 21, 22, 23, 24, 25});
-    Fill(companion, {101, 102, 103, 104, 105});
+    Fill(companion, {101, 102, 103, 104, 105, 201, 202, 203, 204, 205, 301, 302, 303, 304, 305});
     Fill(key, {9, 5, -7, 1, 0});
-    SortQ<int>(&table, 5, 2, 2, 4, &key, &companion, 1, kFalse, kTrue);
+    SortQ<int>(&table, 5, 2, 2, 4, &key, &companion, 2, kFalse, kTrue);
     EXPECT_EQ(Cells(table), (std::vector<int>{11, 13, 14, 12, 15, 21, 23, 24, 22, 25}));
-    EXPECT_EQ(Cells(companion), (std::vector<int>{101, 103, 104, 102, 105}));
+    EXPECT_EQ(Cells(companion),
+              (std::vector<int>{101, 103, 104, 102, 105, 201, 203, 204, 202, 205, 301, 302, 303, 304, 305}));
     EXPECT_EQ(Cells(key), (std::vector<int>{9, -7, 1, 5, 0}));
     SortQ<int>(&table, 5, 2, 4, 3, &key, &companion, 1, kFalse, kTrue);     // empty range
     SortQ<int>(&table, 5, 2, 1, 5, nullptr, &companion, 1, kFalse, kTrue);  // no key
