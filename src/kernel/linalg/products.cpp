@@ -173,25 +173,30 @@ int M_ProductADiagVTrA(matrix<double>* A, int rows, int cols, matrix<double>* v,
 int M_ProductDiagVA(matrix<double>* v, int n, matrix<double>* A, int cols, matrix<double>* C)
 {
     if (n < 0 || cols < 0) return kBadSize;
+    Cells product;
     for (int j = 1; j <= cols; ++j) {
         for (int i = 1; i <= n; ++i) {
-            C->vbset(i, j, v->vbget(i) * A->vbget(i, j));
+            product.push_back(v->vbget(i) * A->vbget(i, j));
         }
     }
+    WriteBlock(product, n, cols, C);
     return kDone;
 }
 
 int M_ProductBV(matrix<double>* B, int rows, int cols, matrix<double>* v, matrix<double>* out)
 {
+    if (rows < 0 || cols < 0) return kBadSize;
+    Cells product;
     for (int i = 1; i <= rows; ++i) {
         double sum = 0.0;
         for (int j = 1; j <= cols; ++j) {
             const double cell = B->vbget(i, j);
             if (cell != 0.0) sum += cell * v->vbget(j);
         }
-        out->vbset(i, sum);
+        product.push_back(sum);
     }
-    return 0;
+    WriteBlock(product, rows, 1, out);
+    return kDone;
 }
 
 int M_ProductVB(matrix<double>* v, matrix<double>* B, int rows, int cols, matrix<double>* out)
@@ -237,11 +242,13 @@ double V_ProductTrV1V2(matrix<double>* a, int n, matrix<double>* b)
 
 void V_ProductV1TrV2(matrix<double>* a, int n, matrix<double>* b, matrix<double>* out)
 {
+    Cells product;
     for (int j = 1; j <= n; ++j) {
         for (int i = 1; i <= n; ++i) {
-            out->vbset(i, j, a->vbget(i) * b->vbget(j));
+            product.push_back(a->vbget(i) * b->vbget(j));
         }
     }
+    WriteBlock(product, n, n, out);
 }
 
 double M_ProductTrVBV(matrix<double>* v, int n, matrix<double>* B)
@@ -274,22 +281,23 @@ void ComputeNewVar(matrix<double>* A,
             }
         }
     }
-    for (int j = 1; j <= rows; ++j) {
-        for (int i = 1; i <= rows; ++i) {
-            outMat->vbset(i, j, 0.0);
-        }
-    }
+    matrix<double> product(rows, rows);
     for (int i = 1; i <= rows; ++i) {
         for (int k = 1; k <= cols; ++k) {
             const double multiplier = A->vbget(i, k);
             if (multiplier == 0.0) continue;
             for (int j = 1; j <= rows; ++j) {
-                outMat->vbset(i, j, outMat->vbget(i, j) + multiplier * mapped.vbget(k, j));
+                product.vbset(i, j, product.vbget(i, j) + multiplier * mapped.vbget(k, j));
             }
         }
     }
+    for (int j = 1; j <= rows; ++j) {
+        for (int i = 1; i <= rows; ++i) {
+            outMat->vbset(i, j, product.vbget(i, j));
+        }
+    }
     for (int i = 1; i <= rows; ++i) {
-        outDiag->vbset(i, outMat->vbget(i, i));
+        outDiag->vbset(i, product.vbget(i, i));
     }
 }
 

@@ -179,6 +179,25 @@ TEST(DenseProducts, OfTwoVectors)
     }
 }
 
+TEST(DenseProducts, AnOutputMayBeAFactor)
+{
+    Table B = Integers(3, 3, 26), V = Integers(3, 1, 27);
+    Table v(V), outer(B), scaled(V), A(B), C(Times(B, Transposed(B)));
+    EXPECT_EQ(M_ProductBV(&B, 3, 3, &v, &v), 0);
+    ExpectSame(v, Times(B, V), "B v");
+    EXPECT_EQ(M_ProductBV(&outer, -1, 3, &v, &v), -1);
+    V_ProductV1TrV2(&outer, 3, &V, &outer);
+    Table column(3, 1);
+    for (int i = 1; i <= 3; ++i)
+        column.vbset(i, B.vbget(i));
+    ExpectSame(outer, Times(column, Transposed(V)), "a b'");
+    M_ProductDiagVA(&scaled, 3, &V, 1, &scaled);
+    ExpectSame(scaled, Times(DiagonalOf(V), V), "diag(v) A");
+    Table diagonal(3, 1);
+    ComputeNewVar(&A, 3, 3, &C, &diagonal, &A);
+    ExpectSame(A, Times(Times(B, C), Transposed(B)), "A V A'");
+}
+
 // Leading blocks of larger matrices, an output among the factors, an operand that is too small.
 TEST(DenseProducts, SizesCountAndNotTheMatrices)
 {
