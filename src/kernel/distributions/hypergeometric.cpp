@@ -90,7 +90,7 @@ double PointProbability(const FourfoldTable& f)
     pairs of cells that grow and shrink. */
 double SumOutward(double x, double direction, double marked, double unmarked, double drawn)
 {
-    constexpr int kFreshStart = 128;  // terms by ratios between two from the formula
+    constexpr int kFreshStart = 256;  // terms by ratios between two from the formula
     constexpr double kNegligible = 1e-18;
 
     double sum = 0;
@@ -108,7 +108,7 @@ double SumOutward(double x, double direction, double marked, double unmarked, do
             before = term;
             grow1 += 1;
             grow2 += 1;
-            term *= (shrink1 / grow1) * (shrink2 / grow2);
+            term *= (shrink1 * shrink2) / (grow1 * grow2);
             shrink1 -= 1;
             shrink2 -= 1;
         }
