@@ -96,6 +96,8 @@ TEST(DistributionEdges, EndsOfTheDomains)
         EDGE(CDFBinomial(kInf, 5, 0.3, 0), 0),
         EDGE(CDFBinomial(0, 5, 0), 1),
         EDGE(CDFBinomial(0, 5, 0, 0), 0),
+        EDGE(CDFBinomial(4, 5, 0, 0), 0),
+        EDGE(CDFBinomial(0, 5, 1), 0),
         EDGE(CDFBinomial(4, 5, 1), 0),
         EDGE(CDFBinomial(4, 5, 1, 0), 1),
         EDGE(CDFBinomial(5, 5, 1), 1),
@@ -116,6 +118,7 @@ TEST(DistributionEdges, EndsOfTheDomains)
         EDGE(PDFBinomial(4, 5, 1), 0),
         EDGE(PDFBinomial(0, 0, 0.3), 1),
         EDGE(PDFBinomial(1, 5, kLeast), 5 * kLeast),
+        EDGE(PDFBinomial(1, 5, 1e-310), 5 * 1e-310),
         EDGE(PDFBinomial(2, 5, kLeast), 0),
 
         EDGE(GammaLn(0), kInf),
