@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -128,6 +129,25 @@ void RegisterComparisons(int k, double df)
     });
 }
 
+/** Tails and probabilities of n trials. */
+void RegisterBinomial(double n, double p)
+{
+    const Regime regime = {"", 0, 0};
+    char tag[40];
+    std::snprintf(tag, sizeof tag, ", n %g p %g", n, p);
+    const double deviation = std::sqrt(n * p * (1 - p));
+    const auto count = [=](int i) {
+        return std::fmin(std::fmax(std::floor(n * p + Deviate(i) * deviation), 0), n);
+    };
+    Run((std::string("pbinom lower") + tag).c_str(), regime, count, [=](double k) {
+        return CDFBinomial(k, n, p);
+    });
+    Run((std::string("pbinom upper") + tag).c_str(), regime, count, [=](double k) {
+        return CDFBinomial(k, n, p, 0);
+    });
+    Run((std::string("dbinom") + tag).c_str(), regime, count, [=](double k) { return PDFBinomial(k, n, p); });
+}
+
 /** Tails of the marked among n / 4 drawn from n, a third of them marked. */
 void RegisterHypergeometric(double n)
 {
@@ -155,6 +175,9 @@ bool RegisterAll()
     for (int k : kMeans)
         for (double df : kErrorDfs)
             RegisterComparisons(k, df);
+    for (double p : {0.3, 0.01})
+        for (double n : {10.0, 100.0, 1e4, 1e6})
+            RegisterBinomial(n, p);
     for (double n : {60.0, 1e4, 1e6})
         RegisterHypergeometric(n);
     return true;

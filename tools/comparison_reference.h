@@ -91,8 +91,12 @@ class ComparisonOracle
         return exp(-z * z / 2) / boost::math::constants::root_two_pi<Number>();
     }
 
+    /** Beyond the cut the tail is below 1e-340: a deviate beyond 40 for one of the means at least. Without it the
+        panels would follow t without end where a scale of few degrees of freedom runs over many decades. */
     Number UpperOfNormal(const Number& t) const
     {
+        const Number cut = kind_ == Comparison::kRange ? Number(80 * widest_ / RangeScale()) : Number(40);
+        if (t > cut) return 0;
         return kind_ == Comparison::kRange ? UpperOfRange(t) : UpperOfControl(t);
     }
 
@@ -115,12 +119,18 @@ class ComparisonOracle
         });
     }
 
-    Number UpperOfRange(const Number& t) const
+    /** The width of the range over t. */
+    Number RangeScale() const
     {
         Number variances = 0;
         for (const Number& spread : spreads_)
             variances += spread * spread;
-        const Number w = t * sqrt(2 * variances / Number(spreads_.size()));
+        return sqrt(2 * variances / Number(spreads_.size()));
+    }
+
+    Number UpperOfRange(const Number& t) const
+    {
+        const Number w = t * RangeScale();
         return Panels(-(w + 10 * widest_), 10 * widest_, 2 * narrowest_, [&](const Number& x) {
             return SmallestAt(x, w);
         });

@@ -199,6 +199,32 @@ void WriteHypergeometric(const std::string& folder)
     }
 }
 
+void WriteBinomial(const std::string& folder)
+{
+    Table table(folder, "binomial", "k, n, p, lower tail, upper tail, P(X = k)");
+    const std::vector<std::vector<double>> rows = {{0, 1, 0.3},
+                                                   {0, 20, 0.95},
+                                                   {3, 10, 0.25},
+                                                   {9, 10, 0.6},
+                                                   {40, 100, 0.5},
+                                                   {99, 100, 1e-3},
+                                                   {2, 1000, 1e-90},
+                                                   {0, 800, 0.55},
+                                                   {790, 1000, 0.7},
+                                                   {120, 4000, 0.02},
+                                                   {3999, 4000, 0.9999},
+                                                   {500200, 1e6, 0.5},
+                                                   {470000, 1e6, 0.5},
+                                                   {0, 1e9, 3.1e-8},
+                                                   {12, 1e9, 3e-9},
+                                                   {299500000, 1e9, 0.3},
+                                                   {5, 9e15, 1e-16}};
+    for (const auto& row : rows) {
+        const Tails tails = reference::Binomial(row[0], row[1], row[2]);
+        table.Row(row, {tails.lower, tails.upper, reference::BinomialPoint(row[0], row[1], row[2])});
+    }
+}
+
 // Factors from the first to the last in equal steps; an equal 1 / sqrt(2) is taken to full precision for the range.
 void WriteComparisons(const std::string& folder)
 {
@@ -243,6 +269,7 @@ int main(int argc, char** argv)
     WriteNormal(folder);
     WriteFunctions(folder);
     WriteHypergeometric(folder);
+    WriteBinomial(folder);
     WriteComparisons(folder);
     return 0;
 }

@@ -135,26 +135,61 @@ inline Tails Student(Real t, Real df)
     return t > 0 ? Tails{near, far} : Tails{far, near};
 }
 
+inline Real LogCombinations(const Real& n, const Real& k)
+{
+    return LogGamma(n + 1) - LogGamma(k + 1) - LogGamma(n - k + 1);
+}
+
+/** The sum of a unimodal sequence from first on in steps of +1 or -1; ratio(i) is the term that follows the i-th over
+    it, 0 at the end. */
+template <class Ratio>
+Real SumOutward(Real first, double from, int direction, const Ratio& ratio)
+{
+    Real sum = 0, before = 0, term = first;
+    for (Real i = from; term > 0 && (term > sum * Real(1e-40) || term > before); i += direction) {
+        sum += term;
+        before = term;
+        term *= ratio(i);
+    }
+    return sum;
+}
+
 /** P(X <= t) and P(X > t), each summed by itself from t outward; t within the range of X. */
 inline Tails Hypergeometric(double t, double marked, double unmarked, double drawn)
 {
-    const auto logCombinations = [](const Real& n, const Real& k) {
-        return Real(LogGamma(n + 1) - LogGamma(k + 1) - LogGamma(n - k + 1));
-    };
+    const Real k = marked, rest = unmarked, m = drawn;
     const auto sumFrom = [&](double x, int direction) {
-        const Real k = marked, rest = unmarked, m = drawn;
         if (x > std::min(marked, drawn)) return Real(0);
-        Real term = exp(logCombinations(k, x) + logCombinations(rest, m - x) - logCombinations(k + rest, m));
-        Real sum = 0, before = 0;
-        for (Real i = x; term > 0 && (term > sum * Real(1e-40) || term > before); i += direction) {
-            sum += term;
-            before = term;
-            term *= direction > 0 ? Real((k - i) * (m - i) / ((i + 1) * (rest - m + i + 1)))
-                                  : Real(i * (rest - m + i) / ((k - i + 1) * (m - i + 1)));
-        }
-        return sum;
+        const Real first =
+            exp(LogCombinations(k, x) + LogCombinations(rest, m - x) - LogCombinations(k + rest, m));
+        return SumOutward(first, x, direction, [&](const Real& i) {
+            return direction > 0 ? Real((k - i) * (m - i) / ((i + 1) * (rest - m + i + 1)))
+                                 : Real(i * (rest - m + i) / ((k - i + 1) * (m - i + 1)));
+        });
     };
     return {sumFrom(t, -1), sumFrom(t + 1, 1)};
+}
+
+/** P(X = k) for 0 < p < 1. */
+inline Real BinomialPoint(double k, double n, double p)
+{
+    return exp(LogCombinations(n, k) + k * log(Real(p)) + (Real(n) - k) * log(1 - Real(p)));
+}
+
+/** P(X <= k) and P(X > k) for 0 <= k < n: the one on the side of k is summed from k outward. */
+inline Tails Binomial(double k, double n, double p)
+{
+    const Real odds = Real(p) / (1 - Real(p)), trials = n;
+    if (k < n * p) {
+        const Real lower = SumOutward(BinomialPoint(k, n, p), k, -1, [&](const Real& i) {
+            return Real(i / ((trials - i + 1) * odds));
+        });
+        return {lower, 1 - lower};
+    }
+    const Real upper = SumOutward(BinomialPoint(k + 1, n, p), k + 1, 1, [&](const Real& i) {
+        return Real((trials - i) * odds / (i + 1));
+    });
+    return {1 - upper, upper};
 }
 
 }  // namespace reference

@@ -3,6 +3,7 @@
 //
 // The command that builds and runs it stands in docs/accuracy.md.
 //
+// An argument prints a part alone: "distribution_accuracy binomial" (AllGroups has the names).
 // The arguments come from a fixed generator, so a rerun prints the same table. A figure is the largest over
 // the tails of at least 1e-300; a quantile is judged by the probability that the oracle gives for it, less
 // what half an ulp of the quantile itself changes.
@@ -16,12 +17,17 @@
 
 #include "../../tools/comparison_reference.h"
 #include "../../tools/distribution_reference.h"
+#include "accuracy_rows.h"
 #include "kernel/distributions/distributions.h"
 #include "kernel/distributions/studentized_tail.h"
 #include "kernel/scalars/scalars.h"
 
 namespace {
 
+using accuracy::Draws;
+using accuracy::kSmallest;
+using accuracy::Named;
+using accuracy::Worst;
 using korvenrg::distributions::GammaFunction;
 using korvenrg::distributions::IncompleteBeta;
 using korvenrg::distributions::IncompleteBetaComplement;
@@ -30,89 +36,9 @@ using korvenrg::distributions::IncompleteGammaComplement;
 using reference::Real;
 using reference::Tails;
 
-constexpr int kDraws = 4000;          // arguments of a tail in one regime
-constexpr int kQuantileDraws = 1500;  // and of a quantile
-constexpr double kSmallest = 1e-300;
+constexpr int kDraws = 4000;               // arguments of a tail in one regime
+constexpr int kQuantileDraws = 1500;       // and of a quantile
 constexpr double kLeastArgument = 1e-290;  // smaller ones have lost digits themselves
-
-/** A 64-bit mixing generator: the same sequence on every platform. */
-class Draws
-{
-  public:
-    double Uniform(double low, double high)
-    {
-        state_ += 0x9E3779B97F4A7C15u;
-        std::uint64_t z = state_;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-        z ^= z >> 31;
-        return low + (high - low) * (static_cast<double>(z >> 11) * 0x1p-53);
-    }
-
-    double LogUniform(double low, double high)
-    {
-        return std::exp(Uniform(std::log(low), std::log(high)));
-    }
-
-    /** A standardised deviate: the middle, the tails and the far tails in equal parts. */
-    double Deviate()
-    {
-        const double reach = 38;
-        const double part = Uniform(0, 3);
-        return part < 1 ? Uniform(-2.5, 2.5) : part < 2 ? Uniform(-8, 8) : Uniform(-reach, reach);
-    }
-
-    /** A probability: the middle, both sides, far out on the lower side. */
-    double Probability()
-    {
-        const double part = Uniform(0, 3);
-        if (part < 1) return Uniform(1e-4, 1);
-        if (part < 2) return LogUniform(1e-290, 0.5);
-        return 1 - LogUniform(1e-15, 0.5);
-    }
-
-  private:
-    std::uint64_t state_ = 20240229;
-};
-
-/** The largest error so far, with its arguments. */
-class Worst
-{
-  public:
-    void Compare(double actual, const Real& expected, const std::string& where)
-    {
-        if (abs(expected) < kSmallest) return;
-        Note(static_cast<double>(abs((Real(actual) - expected) / expected)), where);
-    }
-
-    void Note(double error, const std::string& where)
-    {
-        if (error <= error_) return;
-        error_ = std::isnan(error) ? HUGE_VAL : error;
-        where_ = where;
-    }
-
-    void Print(const std::string& function, const std::string& regime) const
-    {
-        std::printf("| %s | %s | %.1e | %s |\n", function.c_str(), regime.c_str(), error_, where_.c_str());
-        std::fflush(stdout);
-    }
-
-  private:
-    double error_ = 0;
-    std::string where_ = "-";
-};
-
-std::string Named(const std::vector<std::pair<const char*, double>>& arguments)
-{
-    std::string text;
-    for (const auto& [name, value] : arguments) {
-        char number[64];
-        std::snprintf(number, sizeof number, "%s%s %.6g", text.empty() ? "" : ", ", name, value);
-        text += number;
-    }
-    return text;
-}
 
 struct Regime
 {
@@ -377,6 +303,28 @@ void SweepHypergeometric(Draws& draws, double most, int count, const char* regim
     upper.Print("CDFHyperG, upper", regime);
 }
 
+void SweepBinomial(Draws& draws, double most, int count, const char* regime)
+{
+    Worst lower, upper, point;
+    for (int i = 0; i < count; i++) {
+        const double n = std::floor(draws.LogUniform(1, most + 1));
+        const double chance = i % 2 == 0 ? draws.Uniform(0, 1) : draws.LogUniform(1 / most, 0.5);
+        const double p = i % 4 == 3 ? 1 - chance : chance;
+        const double k = i % 5 == 0 ? std::floor(draws.LogUniform(1, n + 1))
+                                    : std::floor(n * p + draws.Deviate() * std::sqrt(n * p * (1 - p)));
+        if (k < 0 || k > n) continue;
+        const std::string where = Named({{"k", k}, {"n", n}, {"p", p}});
+        point.Compare(PDFBinomial(k, n, p), reference::BinomialPoint(k, n, p), where);
+        if (k == n) continue;
+        const Tails tails = reference::Binomial(k, n, p);
+        lower.Compare(CDFBinomial(k, n, p), tails.lower, where);
+        upper.Compare(CDFBinomial(k, n, p, 0), tails.upper, where);
+    }
+    lower.Print("CDFBinomial, lower", regime);
+    upper.Print("CDFBinomial, upper", regime);
+    point.Print("PDFBinomial", regime);
+}
+
 /** Upper tails and critical values of one multiple-comparison law; the critical values relative to themselves. */
 void SweepComparisons(const char* name, korvenrg::distributions::ComparisonKind kind, bool isEqual)
 {
@@ -424,30 +372,8 @@ void SweepComparisons(const char* name, korvenrg::distributions::ComparisonKind 
     quantile.Print(std::string(name) + ", critical value", regime);
 }
 
-void SweepAllComparisons()
+void SweepFewDf(Draws& draws)
 {
-    using korvenrg::distributions::ComparisonKind;
-    for (bool isEqual : {true, false}) {
-        SweepComparisons("pvmcav, qmcav", ComparisonKind::kRange, isEqual);
-        SweepComparisons("pvmcbv, qmcbv", ComparisonKind::kOneSided, isEqual);
-        SweepComparisons("pvmccv, qmccv", ComparisonKind::kTwoSided, isEqual);
-    }
-}
-
-}  // namespace
-
-int main()
-{
-    Draws draws;
-    std::printf("| function | regime | largest relative error | at |\n|---|---|---|---|\n");
-    for (const Regime& regime : kRegimes)
-        SweepStudent(draws, regime);
-    SweepStudent(draws, kHugeRegime);
-    for (const Regime& regime : kRegimes)
-        SweepChiSquare(draws, regime);
-    for (const Regime& first : kRegimes)
-        for (const Regime& second : kRegimes)
-            SweepFisher(draws, first, second);
     for (const Regime& regime : {kFewDf, kOneDf, kTwoDf}) {
         SweepStudent(draws, regime);
         SweepChiSquare(draws, regime);
@@ -457,13 +383,92 @@ int main()
         }
         SweepQuantiles(draws, regime);
     }
-    SweepNormal(draws);
-    SweepIncompleteFunctions(draws);
-    for (const Regime& regime : kRegimes)
-        SweepQuantiles(draws, regime);
-    SweepGammaFunctions(draws);
-    SweepHypergeometric(draws, 1e4, 1500, "population 4..1e4");
-    SweepHypergeometric(draws, 1e9, 300, "population 4..1e9");
-    SweepAllComparisons();
-    return 0;
+}
+
+/** Rows that can be printed alone. firstDraw: how many numbers the shared generator has given before them in a
+    whole run, so that they get the same ones alone; kOwnDraws for those with a generator of their own. */
+struct Group
+{
+    const char* name;
+    std::uint64_t firstDraw;
+    std::function<void(Draws&)> sweep;
+};
+
+constexpr std::uint64_t kOwnDraws = ~std::uint64_t{0};
+
+std::vector<Group> AllGroups()
+{
+    using korvenrg::distributions::ComparisonKind;
+    const auto student = [](Draws& draws) {
+        for (const Regime& regime : kRegimes)
+            SweepStudent(draws, regime);
+        SweepStudent(draws, kHugeRegime);
+    };
+    const auto chiSquare = [](Draws& draws) {
+        for (const Regime& regime : kRegimes)
+            SweepChiSquare(draws, regime);
+    };
+    const auto fisher = [](Draws& draws) {
+        for (const Regime& first : kRegimes)
+            for (const Regime& second : kRegimes)
+                SweepFisher(draws, first, second);
+    };
+    const auto quantiles = [](Draws& draws) {
+        for (const Regime& regime : kRegimes)
+            SweepQuantiles(draws, regime);
+    };
+    const auto hypergeometric = [](Draws& draws) {
+        SweepHypergeometric(draws, 1e4, 1500, "population 4..1e4");
+        SweepHypergeometric(draws, 1e9, 300, "population 4..1e9");
+    };
+    std::vector<Group> groups = {{"student", 0, student},
+                                 {"chi-square", 55000, chiSquare},
+                                 {"fisher", 99000, fisher},
+                                 {"few-df", 339000, SweepFewDf},
+                                 {"normal", 693000, SweepNormal},
+                                 {"incomplete", 708000, SweepIncompleteFunctions},
+                                 {"quantiles", 732000, quantiles},
+                                 {"gamma", 756000, SweepGammaFunctions},
+                                 {"hypergeometric", 808000, hypergeometric}};
+    groups.push_back({"binomial", kOwnDraws, [](Draws&) {
+                          Draws draws;
+                          SweepBinomial(draws, 1e4, 1500, "n 1..1e4");
+                          SweepBinomial(draws, 1e9, 300, "n 1..1e9");
+                      }});
+    const auto addComparisons = [&](const char* group, const char* name, ComparisonKind kind, bool isEqual) {
+        groups.push_back({group, kOwnDraws, [=](Draws&) { SweepComparisons(name, kind, isEqual); }});
+    };
+    addComparisons("comparisons-range-equal", "pvmcav, qmcav", ComparisonKind::kRange, true);
+    addComparisons("comparisons-one-sided-equal", "pvmcbv, qmcbv", ComparisonKind::kOneSided, true);
+    addComparisons("comparisons-two-sided-equal", "pvmccv, qmccv", ComparisonKind::kTwoSided, true);
+    addComparisons("comparisons-range", "pvmcav, qmcav", ComparisonKind::kRange, false);
+    addComparisons("comparisons-one-sided", "pvmcbv, qmcbv", ComparisonKind::kOneSided, false);
+    addComparisons("comparisons-two-sided", "pvmccv, qmccv", ComparisonKind::kTwoSided, false);
+    return groups;
+}
+
+}  // namespace
+
+/** Without an argument all rows, else those of the groups whose names begin with it. */
+int main(int argc, char** argv)
+{
+    const std::string wanted = argc > 1 ? argv[1] : "";
+    bool isFound = false;
+    Draws draws;
+    std::printf("| function | regime | largest relative error | at |\n|---|---|---|---|\n");
+    for (const Group& group : AllGroups()) {
+        if (!std::string(group.name).starts_with(wanted)) continue;
+        isFound = true;
+        if (group.firstDraw != kOwnDraws) {
+            if (wanted.empty() && draws.Given() != group.firstDraw)
+                std::fprintf(stderr,
+                             "%s: after %llu draws, not where it starts alone\n",
+                             group.name,
+                             static_cast<unsigned long long>(draws.Given()));
+            draws.SkipTo(group.firstDraw);
+        }
+        group.sweep(draws);
+    }
+    if (!isFound) std::fprintf(stderr, "no group begins with %s\n", wanted.c_str());
+    return isFound ? 0 : 1;
 }

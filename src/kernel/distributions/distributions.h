@@ -1,6 +1,7 @@
 /** All distributions and the functions beneath them. */
 #pragma once
 
+#include "kernel/distributions/binomial.h"
 #include "kernel/distributions/chi_square.h"
 #include "kernel/distributions/comparison_laws.h"
 #include "kernel/distributions/fisher.h"

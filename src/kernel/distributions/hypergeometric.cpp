@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "kernel/distributions/gamma_functions.h"
+#include "kernel/distributions/stirling_form.h"
 #include "kernel/distributions/tail_pair.h"
 #include "kernel/distributions/two_double.h"
 
@@ -13,9 +13,6 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kTwoPi = 6.28318530717958647693;
-constexpr double kCountTolerance = 1e-7;
-constexpr double kMostObjects = 0x1p53;  // whole numbers are exact up to here
-constexpr double kDeepDeviance = 20.0;   // beyond it the exponent is formed in two-doubles
 
 /** The table that x marked objects in the sample make, with its margins. */
 struct FourfoldTable
@@ -39,31 +36,23 @@ FourfoldTable TableAt(double x, double marked, double unmarked, double drawn)
             total};
 }
 
-/** log n! = n log n - n + log sqrt(2 pi n) + delta(n) taken apart: the root and the correction. */
+/** The root sqrt(2 pi n) in Stirling's formula for n!. */
 double StirlingRoot(double n)
 {
     return n == 0 ? 1 : std::sqrt(kTwoPi * n);
 }
 
-double StirlingCorrection(double n)
-{
-    return n == 0 ? 0 : StirlingError(n);
-}
-
-/** cell log(cell / expected) - cell + expected >= 0 with expected = row column / total, excess = cell - expected. */
+/** The deviance of a cell from its expectation row column / total. */
 double CellDeviance(double cell, double row, double column, double total, double excess)
 {
-    constexpr double kRatioStart = -0.5;  // log(1 + u) is taken from 1 + u itself below
-    if (cell == 0) return -excess;
-    const double u = -excess / cell;
-    return -cell * (u < kRatioStart ? std::log(row / total * column / cell) - u : Log1pMinusX(u));
+    return CountDeviance(cell, row / total * column, excess);
 }
 
 /** cell log(cell total / (row column)) as a two-double. */
 TwoDouble CellExponent(double cell, double row, double column, double total)
 {
     if (cell == 0) return {0, 0};
-    return Multiply(Log(Divide(ExactProduct(cell, total), ExactProduct(row, column))), cell);
+    return CountExponent(cell, Divide(ExactProduct(cell, total), ExactProduct(row, column)));
 }
 
 /** P(X = x). All four cells deviate from their expectations by the same amount,
@@ -89,7 +78,7 @@ double PointProbability(const FourfoldTable& f)
         StirlingRoot(f.marked) / StirlingRoot(f.drawnMarked) / StirlingRoot(f.leftMarked) *
         (StirlingRoot(f.unmarked) / StirlingRoot(f.drawnUnmarked) / StirlingRoot(f.leftUnmarked)) *
         (StirlingRoot(f.drawn) * (StirlingRoot(f.left) / StirlingRoot(f.total)));
-    if (deviance <= kDeepDeviance) return root * std::exp(correction - deviance);
+    if (deviance <= kDeepCountDeviance) return root * std::exp(correction - deviance);
     const TwoDouble exponent = Add(Add(CellExponent(f.drawnMarked, f.drawn, f.marked, f.total),
                                        CellExponent(f.drawnUnmarked, f.drawn, f.unmarked, f.total)),
                                    Add(CellExponent(f.leftMarked, f.left, f.marked, f.total),
@@ -101,7 +90,7 @@ double PointProbability(const FourfoldTable& f)
     pairs of cells that grow and shrink. */
 double SumOutward(double x, double direction, double marked, double unmarked, double drawn)
 {
-    constexpr int kFreshStart = 128;  // terms by ratios between two from the formula
+    constexpr int kFreshStart = 256;  // terms by ratios between two from the formula
     constexpr double kNegligible = 1e-18;
 
     double sum = 0;
@@ -119,7 +108,7 @@ double SumOutward(double x, double direction, double marked, double unmarked, do
             before = term;
             grow1 += 1;
             grow2 += 1;
-            term *= (shrink1 / grow1) * (shrink2 / grow2);
+            term *= (shrink1 * shrink2) / (grow1 * grow2);
             shrink1 -= 1;
             shrink2 -= 1;
         }
@@ -137,11 +126,6 @@ double TailOf(double t, double marked, double unmarked, double drawn, bool isLow
     if (isSmaller) return sumOf(isLower);
     const double other = sumOf(!isLower);
     return other <= 0.5 ? 1 - other : sumOf(isLower);
-}
-
-bool IsCount(double n)
-{
-    return n >= 0 && n <= kMostObjects;
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
  * @return NaN for a NaN or an impossible argument, and for a population above 2^53
  *
  * Relative accuracy 1e-13 in both tails. The tail that is asked for is summed from t outward, unless it is the
- * greater one. The first probability and every 128th are formed by Stirling's series from the deviations of the
+ * greater one. The first probability and every 256th are formed by Stirling's series from the deviations of the
  * 2 x 2 table from its expectation (C. Loader 2000, Fast and accurate computation of binomial probabilities),
  * those between by their ratios. Steps: about eight standard deviations of X at most.
  */

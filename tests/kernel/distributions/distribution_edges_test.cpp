@@ -89,6 +89,38 @@ TEST(DistributionEdges, EndsOfTheDomains)
         EDGE(CDFHyperG(1, 2, 2, 2), CDFHyperG(0.99999999, 2, 2, 2)),
         EDGE(CDFHyperG(1, 2, 2, 2), CDFHyperG(1.9, 2, 2, 2)),
 
+        EDGE(CDFBinomial(-1, 5, 0.3), 0),
+        EDGE(CDFBinomial(-1, 5, 0.3, 0), 1),
+        EDGE(CDFBinomial(-kInf, 5, 0.3), 0),
+        EDGE(CDFBinomial(5, 5, 0.3), 1),
+        EDGE(CDFBinomial(kInf, 5, 0.3, 0), 0),
+        EDGE(CDFBinomial(0, 5, 0), 1),
+        EDGE(CDFBinomial(0, 5, 0, 0), 0),
+        EDGE(CDFBinomial(4, 5, 0, 0), 0),
+        EDGE(CDFBinomial(0, 5, 1), 0),
+        EDGE(CDFBinomial(4, 5, 1), 0),
+        EDGE(CDFBinomial(4, 5, 1, 0), 1),
+        EDGE(CDFBinomial(5, 5, 1), 1),
+        EDGE(CDFBinomial(0, 0, 0.3), 1),
+        EDGE(CDFBinomial(-0.5, 0, 1), 0),
+        EDGE(CDFBinomial(2, 5, 0.25), CDFBinomial(1.99999999, 5.2, 0.25)),
+        EDGE(CDFBinomial(2, 5, 0.25), CDFBinomial(2.9, 4.8, 0.25)),
+        EDGE(CDFBinomial(0, 5, kLeast, 0), 5 * kLeast),
+        EDGE(CDFBinomial(1, 0x1p53, kLeast, 0), 0),
+        EDGE(PDFBinomial(-1, 5, 0.3), 0),
+        EDGE(PDFBinomial(6, 5, 0.3), 0),
+        EDGE(PDFBinomial(kInf, 5, 0.3), 0),
+        EDGE(PDFBinomial(2.5, 5, 0.3), 0),
+        EDGE(PDFBinomial(2, 5, 0.25), PDFBinomial(2.00000001, 5.2, 0.25)),
+        EDGE(PDFBinomial(0, 5, 0), 1),
+        EDGE(PDFBinomial(1, 5, 0), 0),
+        EDGE(PDFBinomial(5, 5, 1), 1),
+        EDGE(PDFBinomial(4, 5, 1), 0),
+        EDGE(PDFBinomial(0, 0, 0.3), 1),
+        EDGE(PDFBinomial(1, 5, kLeast), 5 * kLeast),
+        EDGE(PDFBinomial(1, 5, 1e-310), 5 * 1e-310),
+        EDGE(PDFBinomial(2, 5, kLeast), 0),
+
         EDGE(GammaLn(0), kInf),
         EDGE(GammaLn(-3), kInf),
         EDGE(GammaLn(kInf), kInf),
@@ -161,6 +193,19 @@ TEST(DistributionEdges, InvalidArgumentsGiveNaN)
         EDGE(CDFHyperG(1, 3, 4, 8), 0),
         EDGE(CDFHyperG(1, kInf, 4, 5), 0),
         EDGE(CDFHyperG(1, 9e15, 9e15, 5), 0),
+        EDGE(CDFBinomial(kNaN, 5, 0.3), 0),
+        EDGE(CDFBinomial(1, kNaN, 0.3), 0),
+        EDGE(CDFBinomial(-1, 5, kNaN), 0),
+        EDGE(CDFBinomial(-1, -1, 0.3), 0),
+        EDGE(CDFBinomial(-1, kInf, 0.3), 0),
+        EDGE(CDFBinomial(-1, 1e16, 0.3), 0),
+        EDGE(CDFBinomial(-1, 5, -1e-9), 0),
+        EDGE(CDFBinomial(5, 5, 1.000001), 0),
+        EDGE(PDFBinomial(kNaN, 5, 0.3), 0),
+        EDGE(PDFBinomial(-1, -1, 0.3), 0),
+        EDGE(PDFBinomial(-1, kInf, 0.3), 0),
+        EDGE(PDFBinomial(-1, 5, kNaN), 0),
+        EDGE(PDFBinomial(-1, 5, 2), 0),
         EDGE(GammaLn(kNaN), 0),
         EDGE(GammaFunction(-1), 0),
         EDGE(GammaFunction(kNaN), 0),
@@ -200,6 +245,20 @@ TEST(DistributionEdges, ExtremeArgumentsStayProbabilities)
                     EXPECT_GE(InvCDFChiSq(p, df1), 0) << p;
                     EXPECT_EQ(InvCDFStudent(p, df1) > 0, p > 0.5) << p;
                 }
+            }
+}
+
+TEST(DistributionEdges, ExtremeBinomialsStayProbabilities)
+{
+    for (double n : {1.0, 3.0, 1e6, 1e15, 0x1p53})
+        for (double p : {kLeast, 1e-300, 0.9e-280, 1.1e-280, 1e-100, 1e-16, 0.3, 0.5, 1 - 0x1p-53})
+            for (double k : {0.0, 1.0, 2.0, std::floor(n * p), std::floor(n * p * 2), n - 1, n}) {
+                SCOPED_TRACE(testing::Message() << "k " << k << " n " << n << " p " << p);
+                const double lower = CDFBinomial(k, n, p), upper = CDFBinomial(k, n, p, 0);
+                EXPECT_TRUE(lower >= 0 && lower <= 1 && upper >= 0) << lower << " " << upper;
+                EXPECT_NEAR(lower + upper, 1, 1e-15);
+                const double point = PDFBinomial(k, n, p), most = std::fmin(1, lower * (1 + 1e-12));
+                EXPECT_TRUE(k > n || (point >= 0 && point <= most)) << point << " " << lower;
             }
 }
 

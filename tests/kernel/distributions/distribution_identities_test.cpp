@@ -81,10 +81,34 @@ TEST(DistributionIdentities, BinomialSumsAreIncompleteBeta)
             for (double p : {0.03125, 0.25, 0.625, 0.96875}) {
                 SCOPED_TRACE(testing::Message() << "n " << n << " k " << k << " p " << p);
                 double atLeast = 0, fewer = 0;
-                for (int j = 0; j <= n; j++)
-                    (j >= k ? atLeast : fewer) += Cnk(n, j) * std::pow(p, j) * std::pow(1 - p, n - j);
+                for (int j = 0; j <= n; j++) {
+                    const double point = Cnk(n, j) * std::pow(p, j) * std::pow(1 - p, n - j);
+                    (j >= k ? atLeast : fewer) += point;
+                    ExpectClose(PDFBinomial(j, n, p), point, kTail);
+                }
                 ExpectClose(IncompleteBeta(k, n - k + 1, p, 1 - p), atLeast, kTail);
                 ExpectClose(IncompleteBetaComplement(k, n - k + 1, p, 1 - p), fewer, kTail);
+                ExpectClose(CDFBinomial(k - 1, n, p), fewer, kTail);
+                ExpectClose(CDFBinomial(k - 1, n, p, 0), atLeast, kTail);
+            }
+}
+
+// Failures are successes of the complement, and neighbouring tails differ by a probability: in both tails, to where
+// they underflow, on both sides of each switch of method.
+TEST(DistributionIdentities, BinomialTailsMirrorAndStep)
+{
+    for (double n : {7.0, 90.0, 5000.0, 1e7})
+        for (double p : {0x1p-20, 0.046875, 0.5, 0.8125})
+            for (double z : {-30.0, -7.0, -6.0, -1.5, 0.2, 2.0, 6.5, 7.5, 30.0}) {
+                const double k = std::floor(n * p + z * std::sqrt(n * p * (1 - p)));
+                if (k < 1 || k >= n) continue;
+                SCOPED_TRACE(testing::Message() << "k " << k << " n " << n << " p " << p);
+                const double lower = CDFBinomial(k, n, p), upper = CDFBinomial(k, n, p, 0);
+                const double point = PDFBinomial(k, n, p);
+                ExpectClose(CDFBinomial(n - k - 1, n, 1 - p, 0), lower, kTail);
+                ExpectClose(PDFBinomial(n - k, n, 1 - p), point, kTail);
+                ExpectClose(CDFBinomial(k - 1, n, p) + point, lower, kTail);
+                ExpectClose(CDFBinomial(k - 1, n, p, 0), upper + point, kTail);
             }
 }
 

@@ -16,6 +16,7 @@ using korvenrg::test::ExpectClose;
 using korvenrg::test::kRoundoff;
 
 constexpr double kTail = 1e-13;       // the promised accuracy of every tail
+constexpr double kPoint = 1e-14;      // and of a binomial probability
 constexpr double kNotCompared = 0.0;  // stands in the tables for a tail below 1e-300
 
 struct PointRow
@@ -53,6 +54,16 @@ struct BinomialRow
     double n;
     double k;
     double value;
+};
+
+struct BinomialTailRow
+{
+    double k;
+    double n;
+    double p;
+    double lower;
+    double upper;
+    double point;
 };
 
 struct HypergeometricRow
@@ -97,6 +108,9 @@ constexpr PointRow kErfc[] = {
 };
 constexpr BinomialRow kLogBinomial[] = {
 #include "reference/distributions/log_binomial.inc"
+};
+constexpr BinomialTailRow kBinomial[] = {
+#include "reference/distributions/binomial.inc"
 };
 constexpr HypergeometricRow kHypergeometric[] = {
 #include "reference/distributions/hypergeometric.inc"
@@ -147,6 +161,16 @@ TEST(DistributionReference, NormalTails)
         ExpectTail(CDFNormalStd(z), lower);
         ExpectTail(CDFNormalStd(z, 0), upper);
         ExpectTail(pValNormalStd(z), upper);
+    }
+}
+
+TEST(DistributionReference, BinomialTailsAndProbabilities)
+{
+    for (const auto& [k, n, p, lower, upper, point] : kBinomial) {
+        SCOPED_TRACE(testing::Message() << "k " << k << " n " << n << " p " << p);
+        ExpectTail(CDFBinomial(k, n, p), lower);
+        ExpectTail(CDFBinomial(k, n, p, 0), upper);
+        ExpectClose(PDFBinomial(k, n, p), point, kPoint);
     }
 }
 
