@@ -129,6 +129,20 @@ void RegisterComparisons(int k, double df)
     });
 }
 
+/** Two-sided tail of Dunnett's law for unequal group sizes, the control's 9; bench_dunnett.R has the same. */
+void RegisterUnequalDunnett(int k)
+{
+    const auto lambda = std::make_shared<matrix<double>>(k - 1, 1);
+    for (int i = 1; i < k; ++i) {
+        const double size = 5 + i % 11;
+        lambda->vbset(i, std::sqrt(size / (9 + size)));
+    }
+    const auto same = [](int) { return 2.8; };
+    Run(("Dunnett tail, unequal sizes, k " + std::to_string(k)).c_str(), {"", 0, 0}, same, [=](double x) {
+        return pvmccv(k, lambda.get(), 60, x);
+    });
+}
+
 /** Tails and probabilities of n trials. */
 void RegisterBinomial(double n, double p)
 {
@@ -175,6 +189,8 @@ bool RegisterAll()
     for (int k : kMeans)
         for (double df : kErrorDfs)
             RegisterComparisons(k, df);
+    for (int k : {10, 30})
+        RegisterUnequalDunnett(k);
     for (double p : {0.3, 0.01})
         for (double n : {10.0, 100.0, 1e4, 1e6})
             RegisterBinomial(n, p);
