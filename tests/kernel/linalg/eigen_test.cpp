@@ -113,6 +113,17 @@ TEST(Eigen, OrderAndSigns)
     }
 }
 
+// The coordinates beside the largest one do not turn a vector, whatever their order and sign.
+TEST(Eigen, NoiseTurnsNoVector)
+{
+    for (const double noise : {-1e-9, 1e-9}) {
+        matrix<double> A = ByRows(2, 2, {1, noise, noise, 2});
+        const Pairs pairs = Decompose(A);
+        EXPECT_GT(pairs.vectors->vbget(2, 1), 0.999);
+        EXPECT_GT(pairs.vectors->vbget(1, 2), 0.999);
+    }
+}
+
 TEST(Eigen, NotFiniteFailsAndShapesAreMade)
 {
     for (const double bad : {std::numeric_limits<double>::quiet_NaN(), HUGE_VAL}) {

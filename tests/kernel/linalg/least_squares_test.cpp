@@ -115,6 +115,8 @@ TEST(LeastSquares, RefusedTermsHaveCoefficientZero)
     ExpectClose(coefficients.vbget(1), 53.0 / 55, kRoundoff);
     ExpectClose(mse, (55 - 53.0 * 53.0 / 55) / 4, kRoundoff);
     ExpectClose(errors.vbget(1), std::sqrt(mse / 55), kRoundoff);
+    OLSBasic(5, 1, &X, &Y, nullptr, 1, kFalse, kFalse, 1.0, &coefficients, &fitted);
+    EXPECT_EQ(coefficients.vbget(1), 0.0) << "a tolerance of exactly 1 is not above 1";
 }
 
 // Weights are replicated rows, in the standard errors too. A flag of 1 is off.
