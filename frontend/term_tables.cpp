@@ -156,6 +156,7 @@ ResultTable SelectionTable(const ModelData& data, const Fit& fit, const Options&
                               isBest ? SubsetNote(data, fit, r) : "",
                               TermsOf(data, fit, r)});
     }
+    if (table.rows.empty()) table.title += ": none enters";
     return table;
 }
 
