@@ -237,7 +237,12 @@ std::string TitleText(const ModelData& data, const Options& options)
         text += fmt::format("Selection: {}\n", LogitSelectionText(data, options));
     if (data.validation) text += NewRowsText("Validation", *data.validation);
     if (data.prediction) text += NewRowsText("Prediction", *data.prediction);
-    if (options.intercept) text += fmt::format("Intercept: given as {:.6g}\n", *options.intercept);
+    if (options.intercept) {
+        text += fmt::format(
+            "Intercept: given as {:.6g} (but PRESS, Q squared, studentised residuals, Cook's "
+            "distances and leave-one-out predictions have the leverages of an estimated one)\n",
+            *options.intercept);
+    }
     return text;
 }
 

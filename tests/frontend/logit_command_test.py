@@ -188,6 +188,10 @@ class Logit(unittest.TestCase):
         flat = self.write("s,n,d\n5,10,1\n5,10,2\n5,10,3\n")
         doses = self.tables(flat, "--response", "s", "--trials", "n", "--terms", "d", "--dose")[0]["doses"]
         self.assertEqual({doses[row, "Dose"] for row, _ in doses}, {""})  # of a slope of 0
+        same = self.write("s,n,d\n5,10,1\n6,10,1\n7,10,1\n")
+        tables, report = self.tables(same, "--response", "s", "--trials", "n", "--terms", "d", "--dose")
+        self.assertEqual(tables["doses"], {})
+        self.assertIn("(Fieller's bounds): the term is not in the model", report)
         fit = self.tables(*SELECTED, "forward", "--enter", "0.0001")[0]["tests"]
         self.assertEqual(fit["Fit (Hosmer-Lemeshow)", "DF"], "0")
         self.assertEqual(fit["Fit (Hosmer-Lemeshow)", "Pr > chi-square"], "")
