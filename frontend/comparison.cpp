@@ -31,7 +31,7 @@ void WithdrawUntested(Comparison& comparison)
     const std::size_t rows = comparison.contrasts.rows;
     for (std::size_t r = 0; r < rows; ++r) {
         const double t = comparison.contrasts(r, kStandardised);
-        if (!IsMissing(t) && std::isfinite(t)) continue;
+        if (!IsMissing(t)) continue;
         comparison.verdicts[r] = kNotTested;
         for (const ContrastColumn column : {kStandardised, kCritical, kProbability})
             comparison.contrasts.cells[column * rows + r] = kMissing;

@@ -117,6 +117,8 @@ NumberTable TypeThreeTable(const ModelData& data, const Fit& fit, const Options&
     plain.selection = Selection::kNone;
     plain.constraint = Constraint::kFirst;
     const ModelData kept = KeptTerms(data, fit);
+    if (std::none_of(kept.factors.begin(), kept.factors.end(), [](const Factor& f) { return f.active; }))
+        return TermRows(fit.typeThree, data, fit.factorActive);
     std::vector<double> info = OptionVector(plain);
     info[kTypeThree - 1] = 1.0;
     const Fit refit = RunFit(kept, BuildDesign(kept, plain.constraint), std::move(info));

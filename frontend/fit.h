@@ -3,6 +3,7 @@
 #define KORVENRG_FRONTEND_FIT_H
 
 #include <bit>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,9 +15,10 @@ namespace korvenrg::frontend {
 /** Stands in each result cell that has no value. */
 inline constexpr double kMissing = std::bit_cast<double>(std::uint64_t{0xFFEFFFFFFFFFFFE2});
 
+/** A number that overflowed, or that came of 0 / 0, is no value either; some doors mark a cell with -kMissing. */
 inline bool IsMissing(double value)
 {
-    return value <= kMissing;
+    return !(std::fabs(value) < -kMissing);
 }
 
 /** Rows x columns of numbers, by columns, filled with the missing marker. */

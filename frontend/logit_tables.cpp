@@ -21,6 +21,9 @@ constexpr std::size_t kIterations = 9;  // row of the statistics
 constexpr double kGuardedIterations = 9.0;
 constexpr double kGuardedProbability = 0.95;
 
+// a slope of 0 has no dose: the door gives the missing marker, scaled
+constexpr double kLargestDose = 1e200;
+
 std::string Bound(const char* side, double alpha)
 {
     return fmt::format("{} {:.6g}%", side, 100.0 * (1.0 - alpha));
@@ -215,11 +218,14 @@ ResultTable DoseTable(const LogitFit& fit, const Options& options)
     }
     for (std::size_t r = 0; r < fit.doses.rows; ++r) {
         std::vector<double> cells = RowOf(fit.doses, r);
+        if (IsMissing(cells.front())) continue;  // of a term that is not in the model
         const std::string label = fmt::format("{:.6g}", cells.front());
         cells.erase(cells.begin());
+        if (std::fabs(cells.front()) > kLargestDose) cells.front() = kMissing;
         cells.resize(table.columns.size());
         table.rows.push_back({label, std::move(cells), ""});
     }
+    if (table.rows.empty()) table.title += ": the term is not in the model";
     return table;
 }
 

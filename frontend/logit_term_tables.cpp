@@ -10,8 +10,6 @@
 namespace korvenrg::frontend {
 namespace {
 
-constexpr double kNoBest = -kMissing;  // where no model of a size has the criterion
-
 constexpr std::size_t kScoreP = 2;  // among the statistics of a row
 
 using TermSet = std::set<std::size_t>;  // factors, from 0
@@ -67,9 +65,6 @@ std::vector<double> CellsOf(const Design& design,
     const std::size_t first = design.parents.size() + kHistoryStatistics;
     for (std::size_t s = 0; s < (isBest ? kSubsetStatistics : kStepStatistics); ++s)
         cells.push_back(fit.models(row, first + s));
-    for (double& cell : cells) {
-        if (cell >= kNoBest) cell = kMissing;
-    }
     // with a mortality the score statistic may be negative and is then no test
     double& scoreP = cells[cells.size() - (isBest ? kSubsetStatistics : kStepStatistics) + kScoreP];
     if (options.mortality != Mortality::kNone && scoreP == 1.0) scoreP = kMissing;

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <map>
@@ -19,6 +20,8 @@
 #include "logit_options.h"
 #include "logit_tables.h"
 #include "new_rows.h"
+#include "number_range.h"
+#include "platform_text.h"
 #include "prediction.h"
 #include "report.h"
 #include "roc_plot.h"
@@ -31,9 +34,18 @@ namespace {
 constexpr int kExitBadData = 1;
 constexpr int kExitBadUsage = 2;
 
-std::string CheckFinite(const std::string& text)
+std::string CheckIntercept(const std::string& text)
 {
-    return NumberOf(text) ? "" : fmt::format("{} is not a number", text);
+    constexpr double kLargest = 1e70;
+    const auto value = NumberOf(text);
+    if (!value) return fmt::format("{} is not a number", text);
+    return std::fabs(*value) <= kLargest ? "" : fmt::format("{} is too large to compute with", text);
+}
+
+std::string CheckTolerance(const std::string& text)
+{
+    const auto value = NumberOf(text);
+    return value && *value >= 0.0 && *value <= 1.0 ? "" : fmt::format("{} is not between 0 and 1", text);
 }
 
 /** 1,2,3 or any of them; none for other text. */
@@ -84,9 +96,15 @@ void AddSelectionOptions(CLI::App& command, Options& options)
         ->check(CLI::Range(1, 100000).description(""));
     command.add_option("--max-vars", options.maxTerms, "most terms of the best subset [all]")
         ->check(CLI::Range(1, 100000).description(""));
-    command.add_option("--enter", options.enter, "largest Pr > F to enter, stepwise and forward [0.05]")
+    command
+        .add_option("--enter",
+                    options.enter,
+                    "largest Pr > F to enter, stepwise and forward; the first term enters in any case [0.05]")
         ->check(CLI::Validator(CheckProbability, "", ""));
-    command.add_option("--remove", options.remove, "smallest Pr > F to leave, stepwise and backward [0.1]")
+    command
+        .add_option("--remove",
+                    options.remove,
+                    "smallest Pr > F to leave, stepwise and backward; the last term stays in any case [0.1]")
         ->check(CLI::Validator(CheckProbability, "", ""));
 }
 
@@ -161,6 +179,16 @@ void CheckMeansOptions(const CLI::App& command, const Options& options)
         throw CLI::ValidationError("--compare", "games-howell, tamhane and dunnett-c know no --weights");
 }
 
+/** An empty name, such as a shell leaves of a variable that is not set, must not pass for an option not given. */
+void RefuseEmptyTexts(const CLI::App& command)
+{
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& text : option->results()) {
+            if (text.empty()) throw CLI::ValidationError(option->get_name(), "is empty");
+        }
+    }
+}
+
 /** Refuses options that do not go together. */
 void CheckCombinations(const CLI::App& command, const Options& options)
 {
@@ -221,7 +249,7 @@ void AddModelOptions(CLI::App& command, Options& options)
             options.tolerance,
             "smallest tolerance (1 - R squared on the columns before it) at which a column still enters; the "
             "default keeps out what is a linear combination but for rounding [1e-12]")
-        ->check(CLI::Range(0.0, 1.0).description(""));
+        ->check(CLI::Validator(CheckTolerance, "", ""));
     command.add_flag("--cases", options.showCases, "prints predictions, residuals and influence of each row");
 }
 
@@ -231,7 +259,7 @@ void AddLinearOptions(CLI::App& command, Options& options)
                        options.weights,
                        "column of regression weights, 0 or more; scaled to mean 1");
     command.add_option("--intercept", options.intercept, "fixes the intercept at this value")
-        ->check(CLI::Validator(CheckFinite, "", ""));
+        ->check(CLI::Validator(CheckIntercept, "", ""));
     AddSelectionOptions(command, options);
     command
         .add_option_function<std::string>(
@@ -270,6 +298,7 @@ void RunLogitCommand(const Options& options)
     const CsvTable table = ReadCsvTable(options.dataPath);
     const ModelData data = MakeModelData(table, options);
     const Design design = BuildDesign(data, options.constraint);
+    CheckNumberRange(data, design, options);
     if (options.logit.doses && design.columns != 1)
         throw UserError("--dose takes a model of one numeric term");
     const LogitFit fit = FitLogit(data, design, options);
@@ -287,6 +316,7 @@ void RunCommand(Options options)
     if (!options.predictionPath.empty()) data.prediction = ReadPredictionRows(options.predictionPath, data);
     if (!options.types) options.types = DefaultTypes(data, options);
     const Design design = BuildDesign(data, options.constraint);
+    CheckNumberRange(data, design, options);
     Fit fit = FitModel(data, design, options);
 
     std::vector<ResultTable> newRows;
@@ -326,13 +356,14 @@ int Main(int argc, char** argv)
 
     try {
         app.parse(argc, argv);
+        RefuseEmptyTexts(*app.get_subcommands().front());
         if (logit->parsed()) CheckLogitOptions(*logit, options);
         if (!logit->parsed()) CheckCombinations(anova->parsed() ? *anova : *regress, options);
         if (anova->parsed()) CheckMeansOptions(*anova, options);
     } catch (const CLI::Success& request) {
         return app.exit(request);
     } catch (const CLI::ParseError& error) {
-        fmt::print(stderr, "korven: {} (korven --help shows the options)\n", error.what());
+        fmt::print(stderr, "korven: {} (korven --help shows the options)\n", OneLine(error.what()));
         return kExitBadUsage;
     }
     options.analysis = anova->parsed()   ? Analysis::kAnova
@@ -349,7 +380,7 @@ int Main(int argc, char** argv)
         fmt::print(stderr, "korven: not enough memory\n");
         return kExitBadData;
     } catch (const std::exception& error) {
-        fmt::print(stderr, "korven: {}\n", error.what());
+        fmt::print(stderr, "korven: {}\n", OneLine(error.what()));
         return kExitBadData;
     }
     return 0;

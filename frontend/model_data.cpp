@@ -305,7 +305,8 @@ ModelData MakeModelData(const CsvTable& table, const Options& options)
         }
     }
     MakeFactors(sources, terms, data);
-    RefuseConstantResponse(data, options.response);
+    const bool countsSuccesses = options.analysis == Analysis::kLogit && !options.weights.empty();
+    if (!countsSuccesses) RefuseConstantResponse(data, options.response);
     if (!validated.empty()) data.validation = ReadValidationRows(table, validated, data, options);
     return data;
 }

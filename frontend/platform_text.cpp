@@ -82,6 +82,15 @@ std::size_t CodePointCount(std::string_view text)
     return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
 }
 
+std::string OneLine(std::string text)
+{
+    const auto isControl = [](char letter) {
+        return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F;
+    };
+    std::replace_if(text.begin(), text.end(), isControl, ' ');
+    return text;
+}
+
 TextArray::~TextArray()
 {
     for (BSTR string : strings_)

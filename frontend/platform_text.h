@@ -17,6 +17,9 @@ bool IsUtf8(std::string_view text);
 /** Number of code points; the width of a printed cell. */
 std::size_t CodePointCount(std::string_view text);
 
+/** The text with a space for each control character: a line end in a name must not break a printed line. */
+std::string OneLine(std::string text);
+
 /** An array of platform strings, as the doors take it; frees what stands in it at the end, whoever made it.
  */
 class TextArray

@@ -66,8 +66,8 @@ std::string TableText(const ResultTable& table)
     std::vector<PrintedLine> lines = HeadLines(table);
     const std::size_t headLines = lines.size();
     for (const ResultTable::Row& row : table.rows) {
-        lines.push_back({row.label});
-        if (!table.textHead.empty()) lines.back().push_back(row.text);
+        lines.push_back({OneLine(row.label)});
+        if (!table.textHead.empty()) lines.back().push_back(OneLine(row.text));
         for (std::size_t c = 0; c < row.cells.size(); ++c) {
             lines.back().push_back(CellText(row.cells[c], table.columns[c].kind));
         }
@@ -79,7 +79,7 @@ std::string TableText(const ResultTable& table)
     }
 
     const std::size_t textColumns = table.textHead.empty() ? 1 : 2;
-    std::string text = fmt::format("\n{}\n", table.title);
+    std::string text = fmt::format("\n{}\n", OneLine(table.title));
     for (std::size_t l = 0; l < lines.size(); ++l) {
         const PrintedLine& line = lines[l];
         std::string printed;
@@ -89,7 +89,7 @@ std::string TableText(const ResultTable& table)
         }
         if (l + 1 == headLines && table.noteHead != "Note") printed += "  " + table.noteHead;
         if (l >= headLines && !table.rows[l - headLines].note.empty()) {
-            printed += "  " + table.rows[l - headLines].note;
+            printed += "  " + OneLine(table.rows[l - headLines].note);
         }
         printed.erase(printed.find_last_not_of(' ') + 1);
         text += printed + "\n";
@@ -123,11 +123,14 @@ std::string SelectionText(const Options& options)
         case Selection::kBest:
             return fmt::format("best subsets by {}", kCriteria[static_cast<int>(options.criterion)]);
         case Selection::kStepwise:
-            return fmt::format("stepwise, to enter {:.6g}, to remove {:.6g}", options.enter, options.remove);
+            return fmt::format(
+                "stepwise, to enter {:.6g} but for the first term, to remove {:.6g} but for the last",
+                options.enter,
+                options.remove);
         case Selection::kForward:
-            return fmt::format("forward, to enter {:.6g}", options.enter);
+            return fmt::format("forward, to enter {:.6g} but for the first term", options.enter);
         default:
-            return fmt::format("backward, to remove {:.6g}", options.remove);
+            return fmt::format("backward, to remove {:.6g} but for the last term", options.remove);
     }
 }
 
@@ -167,8 +170,8 @@ std::string ResponseText(const ModelData& data)
     if (names.empty()) return "";
     return fmt::format("Response: {} {} against {}\n",
                        names.size() > 2 ? "categories" : "category",
-                       fmt::join(names.begin() + 1, names.end(), ", "),
-                       names.front());
+                       OneLine(fmt::format("{}", fmt::join(names.begin() + 1, names.end(), ", "))),
+                       OneLine(names.front()));
 }
 
 /** Where the engine's entry tests are not the plain score test of the term. */
@@ -212,17 +215,17 @@ std::string TitleText(const ModelData& data, const Options& options)
     }
     std::string text = fmt::format("{} of {} on {}\n",
                                    AnalysisText(options.analysis),
-                                   options.response,
-                                   fmt::join(terms, ", "));
+                                   OneLine(options.response),
+                                   OneLine(fmt::format("{}", fmt::join(terms, ", "))));
     text += fmt::format("{}: {} used, {} dropped for missing cells\n",
                         std::filesystem::path(options.dataPath).filename().string(),
                         Counted(data.rows.size(), "observation", "observations"),
                         Counted(data.droppedRows, "row", "rows"));
     const bool isLogit = options.analysis == Analysis::kLogit;
     if (isLogit) text += ResponseText(data) + LogitText(options.logit);
-    if (isLogit && !options.weights.empty()) text += fmt::format("Trials: {}\n", options.weights);
+    if (isLogit && !options.weights.empty()) text += fmt::format("Trials: {}\n", OneLine(options.weights));
     if (!isLogit && !options.weights.empty()) {
-        text += fmt::format("Weights: {}, scaled to mean 1", options.weights);
+        text += fmt::format("Weights: {}, scaled to mean 1", OneLine(options.weights));
         const auto zero = std::count(data.weights.begin(), data.weights.end(), 0.0);
         if (zero > 0) text += fmt::format(" ({} of weight 0, counted in the degrees of freedom)", zero);
         text += "\n";
@@ -234,7 +237,12 @@ std::string TitleText(const ModelData& data, const Options& options)
         text += fmt::format("Selection: {}\n", LogitSelectionText(data, options));
     if (data.validation) text += NewRowsText("Validation", *data.validation);
     if (data.prediction) text += NewRowsText("Prediction", *data.prediction);
-    if (options.intercept) text += fmt::format("Intercept: given as {:.6g}\n", *options.intercept);
+    if (options.intercept) {
+        text += fmt::format(
+            "Intercept: given as {:.6g} (but PRESS, Q squared, studentised residuals, Cook's "
+            "distances and leave-one-out predictions have the leverages of an estimated one)\n",
+            *options.intercept);
+    }
     return text;
 }
 

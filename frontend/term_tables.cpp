@@ -11,6 +11,8 @@ namespace {
 /** The search looks at no more subsets of one size than this over (factors + 10). */
 constexpr double kSubsetWork = 1e7;
 
+constexpr std::size_t kCpCell = 5;  // of a row of the printed models
+
 std::string TermsOf(const ModelData& data, const Fit& fit, std::size_t row)
 {
     std::vector<std::string> terms;
@@ -151,11 +153,14 @@ ResultTable SelectionTable(const ModelData& data, const Fit& fit, const Options&
         std::vector<double> cells{fit.models(r, kStepColumns)};
         for (std::size_t s = 0; s < kModelStatistics; ++s)
             cells.push_back(fit.models(r, statistics + s));
+        // the door fills the Cp of as many steps as there are factors, and a removal takes one more
+        if (!isBest && r >= data.factors.size()) cells[kCpCell] = kMissing;
         table.rows.push_back({StepLabel(data, fit, r, options.selection),
                               std::move(cells),
                               isBest ? SubsetNote(data, fit, r) : "",
                               TermsOf(data, fit, r)});
     }
+    if (table.rows.empty()) table.title += ": none enters";
     return table;
 }
 

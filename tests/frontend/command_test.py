@@ -394,6 +394,29 @@ class Selecting(InFolder):
                 self.assertTrue(math.isclose(float(tables["models"][steps[-1], "Cp"]),
                                              float(tables["fit"]["Mallows' Cp", "Value"]), rel_tol=ROUNDOFF))
 
+    def test_nothing_left(self):
+        """A term that explains nothing at all does not enter, though it would be the first."""
+        data = self.write("y,x,g\n1,2,a\n2,1,b\n3,0,a\n4,1,b\n5,2,a\n")
+        for method in ("forward", "stepwise"):
+            tables, printed = self.tables("anova", data, "--response", "y", "--terms", "g x", "--covariate", "x",
+                                          "--selection", method, "--lsmeans", "g", "--type", "1,2,3",
+                                          more=["models.csv", "lsmeans.csv", "type1.csv", "type2.csv", "type3.csv"])
+            self.assertIn("Selection of variables: none enters", printed)
+            self.assertEqual((tables["models"], tables["lsmeans"]), ({}, {}))
+            self.assertEqual([tables["anova"]["Model", column] for column in ("DF", "Mean square", "F", "Pr > F")],
+                             ["0", "", "", ""])
+            for name in ("type1", "type2", "type3"):
+                self.assertEqual(tables[name]["g", "Note"], "not in the model")
+
+    def test_more_steps_than_terms(self):
+        """A step beyond the number of terms has no Cp; 0 would be a value."""
+        data = self.write("y,a,b,c\n2.2,1,1,1\n7.2,2,5,7\n6.7,3,4,6\n10.8,4,7,12\n10.7,5,6,11\n6.9,6,1,5\n"
+                          "12.7,7,6,14\n15.1,8,7,17\n")
+        tables, _ = self.tables("regress", data, "--response", "y", "--terms", "a b c", "--selection", "stepwise",
+                                "--enter", "0.9", "--remove", "0.05", more=["models.csv"])
+        steps = [(row, cell != "") for (row, column), cell in tables["models"].items() if column == "Cp"]
+        self.assertEqual(steps, [("+ c", True), ("+ a", True), ("+ b", True), ("- c", False)])
+
     def test_type_tables_of_what_is_left(self):
         alone, _ = self.tables(*self.STATES, "--terms", "Illiteracy Income region", "--type", "1,2,3",
                                more=["type1.csv", "type2.csv", "type3.csv"])
@@ -501,6 +524,17 @@ class Reporting(InFolder):
         strict, _ = self.tables(*command, "--tolerance", "0.05")
         self.assertEqual(float(strict["anova"]["Model", "DF"]), 1)
 
+    def test_numbers_that_are_none_leave_their_cell_empty(self):
+        """Some studentised residuals of so few rows are roots of negative numbers."""
+        data = self.write('y,x,"a\nb"\n1,1,p\n3,2,"q\nr"\n4,4,p\n')
+        tables, printed = self.tables("regress", data, "--response", "y", "--terms", "x", "--intercept", "0")
+        self.assertEqual(tables["cases"]["3", "Studentised residual"], "")
+        tables, printed = self.tables("regress", data, "--response", "y", "--terms", '"a\nb"', "--cases")
+        self.assertRegex(printed, r"(?m)^Linear regression of y on a b$")
+        self.assertRegex(printed, r"(?m)^  a b-q r +0\.5 ")
+        self.assertNotRegex(printed, r"\bnan\b|\binf\b")
+        self.assertIn(("a\nb-q\nr", "Value"), tables["parameters"])
+
     def test_printed_report(self):
         printed = run(*AgainstR.COMMANDS["plantgrowth"]).stdout
         for line in (r"Analysis of variance of weight on group",
@@ -545,6 +579,8 @@ class Refusals(InFolder):
                 ("y,x\n1,2\n1,3\n", "response 'y' is 1 in every row"),
                 ("y,x\n1,2\n2,2\n", "no column can enter"),
                 ("y,x\n1,a\n2,a\n", "'x' has only one category, 'a'"),
+                ("y,x\n1e300,1\n2e300,2\n3,4\n", "the numbers of 'y' are too large to compute with: up to 2e+300"),
+                ("y,x\n1,1e-300\n2,2e-300\n3,4e-300\n", "the numbers of 'x' are too small"),
         ):
             with self.subTest(content=content):
                 self.assert_refused(run("regress", self.write(content), *self.MODEL), 1, fragment)
@@ -589,6 +625,9 @@ class Refusals(InFolder):
                 (data, [*self.MODEL, "--predict", self.write("z\n1\n", "z.csv")], "--predict: there is no column"),
                 (data, [*self.MODEL, "--predict", self.write("x\nb\n", "b.csv")], "--predict: column 'x' must be"),
                 (data, [*self.MODEL, "--predict", self.write("x\nNA\n", "n.csv")], "none of the rows is usable"),
+                (data, [*self.MODEL, "--predict", self.write("x\n1e300\n", "h.csv")], "numbers of 'x' are too large"),
+                (data, ["--response", "y", "--terms", "x*x*x*x", "--weights", "a\nb"], "no column named 'a b'"),
+                (product, ["--response", "y", "--terms", "x " + "*".join(["z"] * 120)], "are too large"),
                 (data, [*self.MODEL, "--selection", "best", "--min-vars", "2"], "--min-vars 2 is more than"),
                 (data, [*self.MODEL, "--selection", "best", "--criterion", "cp"], "no subset of --min-vars"),
         ):
@@ -607,7 +646,15 @@ class Refusals(InFolder):
                 (["regress", data, *self.MODEL, "--alpha", "1"], "--alpha"),
                 (["regress", data, *self.MODEL, "--alpha", "5%"], "--alpha"),
                 (["regress", data, *self.MODEL, "--tolerance", "-1"], "--tolerance"),
+                (["regress", data, *self.MODEL, "--tolerance", "nan"], "--tolerance: nan is not between 0 and 1"),
                 (["regress", data, *self.MODEL, "--intercept", "nan"], "--intercept"),
+                (["regress", data, *self.MODEL, "--intercept", "1e308"], "--intercept: 1e308 is too large"),
+                (["regress", data, *self.MODEL, "--weights", ""], "--weights: is empty"),
+                (["regress", data, *self.MODEL, "--validate", ""], "--validate: is empty"),
+                (["regress", data, *self.MODEL, "--predict="], "--predict"),
+                (["regress", data, *self.MODEL, "--out", ""], "--out: is empty"),
+                (["regress", data, *self.MODEL, "--alpha", "0.1", "--alpha", "0.2"], "--alpha"),
+                (["regress", data, *self.MODEL, "--line\nend"], "--line end"),
                 (["regress", data, *self.MODEL, "--covariate", "x"], "--covariate"),
                 (["regress", data, *self.MODEL, "--selection", "all"], "--selection"),
                 (["regress", data, *self.MODEL, "--criterion", "aic"], "--criterion: belongs to --selection best"),

@@ -176,12 +176,35 @@ class Logit(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertIn("Firth's penalised likelihood", done.stdout)
 
+    def test_as_many_successes_in_every_row(self):
+        data = self.write("s,n,d\n3,10,1\n3,20,2\n3,30,3\n3,9,0.5\n3,15,1.2\n")
+        parameters = self.tables(data, "--response", "s", "--trials", "n", "--terms", "d")[0]["parameters"]
+        for row, value, error in (("Intercept", -0.452805016547934, 0.616331927088531),  # glm()
+                                  ("d", -0.604256109537826, 0.334805571556775)):
+            self.assertAlmostEqual(float(parameters[row, "Value"]), value, places=9)
+            self.assertAlmostEqual(float(parameters[row, "Standard error"]), error, places=7)
+
+    def test_cells_without_a_value(self):
+        flat = self.write("s,n,d\n5,10,1\n5,10,2\n5,10,3\n")
+        doses = self.tables(flat, "--response", "s", "--trials", "n", "--terms", "d", "--dose")[0]["doses"]
+        self.assertEqual({doses[row, "Dose"] for row, _ in doses}, {""})  # of a slope of 0
+        same = self.write("s,n,d\n5,10,1\n6,10,1\n7,10,1\n")
+        tables, report = self.tables(same, "--response", "s", "--trials", "n", "--terms", "d", "--dose")
+        self.assertEqual(tables["doses"], {})
+        self.assertIn("(Fieller's bounds): the term is not in the model", report)
+        fit = self.tables(*SELECTED, "forward", "--enter", "0.0001")[0]["tests"]
+        self.assertEqual(fit["Fit (Hosmer-Lemeshow)", "DF"], "0")
+        self.assertEqual(fit["Fit (Hosmer-Lemeshow)", "Pr > chi-square"], "")
+
     def test_refusals(self):
         small = self.write("y,s,n,x\n0,1,2,1\n1,3,2,2\n2,0,1,4\n1,1,1,3\n")
         cases = [(["--response", "y", "--terms", "x"], 1, "must be 0 or 1"),
                  (["--response", "s", "--trials", "n", "--terms", "x"], 1, "holds 3 of 2"),
                  ([*BIRTHWT[1:], "--dose"], 1, None),
                  (["--response", "y", "--terms", "x", "--link", "cauchit"], 2, "--link"),
+                 (["--response", "y", "--terms", "x", "--trials", ""], 2, "--trials: is empty"),
+                 (["--response", "y", "--terms", "x", "--roc", ""], 2, "--roc: is empty"),
+                 (["--response", "y", "--terms", "x", "--tolerance", "nan"], 2, "--tolerance"),
                  (["--response", "y", "--terms", "x", "--mortality", "1"], 2, "neither estimate nor a share"),
                  (["--response", "y", "--terms", "x", "--weights", "n"], 2, "--weights"),
                  (["--response", "y", "--terms", "x", "--reference", "1"], 1, "--reference belongs to a text"),
