@@ -62,7 +62,9 @@ struct Leverage
     double h;
 };
 
-// Residual statistics that need 1 - h. Gives the row's squared leave-one-out error, or 0 at leverage 1, where
+// Residual statistics that need 1 - h. With a fixed intercept h counts the intercept all the same, so that these are not
+// those of a refit; only Cook's distance and the prediction errors take g. It stays:
+// OlsOddities.LeaveOneOutCountsAFixedIntercept. Gives the row's squared leave-one-out error, or 0 at leverage 1, where
 // the cells keep what they held.
 double WriteLeaveOneOut(const OlsRun& run, int r, double w, Leverage leverage)
 {
@@ -75,7 +77,7 @@ double WriteLeaveOneOut(const OlsRun& run, int r, double w, Leverage leverage)
     const double e = run.residual[row];
     const double deleted = e / rest;
     const double mse = run.sse / run.dfE;
-    const double studentised = run.IsPerfect() ? 1.0 : e / std::sqrt(mse * rest);
+    const double studentised = run.IsPerfect() ? 1.0 : rest > 0.0 ? e / std::sqrt(mse * rest) : kMissing;
     const double cooksFactor = run.IsPerfect() ? 1.0 : w * deleted * deleted / (run.k * run.sse / run.dfE);
     run.out.leaveOneOut->vbset(r, y - deleted);
     run.out.residuals->vbset(r, kResStudentised, studentised);

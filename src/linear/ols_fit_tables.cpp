@@ -73,15 +73,16 @@ void WriteAnovaTable(OlsRun& run)
     const double modelDf = *run.out.pFinal;
     const double total = TotalSumOfSquares(run);
     const double modelSs = total - run.sse;
-    const double modelMs = modelSs / modelDf;
+    const double modelMs = modelDf > 0.0 ? modelSs / modelDf : kMissing;
     const double mse = run.HasErrorDf() ? run.sse / run.dfE : kMissing;
-    const double f = mse <= 0.0 ? kMissing : modelMs / mse;
+    const bool isTested = modelDf > 0.0 && mse > 0.0;
+    const double f = isTested ? modelMs / mse : kMissing;
 
     table.vbset(kAnovaModel, kAnovaDf, modelDf);
     table.vbset(kAnovaModel, kAnovaSumOfSquares, modelSs);
     table.vbset(kAnovaModel, kAnovaMeanSquare, modelMs);
     table.vbset(kAnovaModel, kAnovaF, f);
-    table.vbset(kAnovaModel, kAnovaP, mse <= 0.0 ? kMissing : pValFisher(f, modelDf, run.dfE));
+    table.vbset(kAnovaModel, kAnovaP, isTested ? pValFisher(f, modelDf, run.dfE) : kMissing);
 
     table.vbset(kAnovaError, kAnovaDf, run.dfE);
     table.vbset(kAnovaError, kAnovaSumOfSquares, run.sse);
@@ -133,7 +134,7 @@ void FillCpOfModels(OlsRun& run)
         if (!(models.vbget(row, kModelNumber) > 0.0)) break;
         const double cp = (models.vbget(row, kModelColumns) + run.InterceptDf()) * 2.0 +
                           models.vbget(row, nf + kModelSse) / run.mseFull - run.data.sumWc;
-        models.vbset(row, nf + kModelCp, cp);
+        models.vbset(row, nf + kModelCp, std::isfinite(cp) ? cp : kMissing);
     }
 }
 

@@ -150,5 +150,5 @@ void HLTest(int n, matrix<double>* iProba, matrix<double>* iWc, matrix<double>* 
     const bool tested = chiSquare > kGuard;
     oTestTable->vbset(kHosmerStatistic, tested ? chiSquare : kMissing);
     oTestTable->vbset(kHosmerDf, df);
-    oTestTable->vbset(kHosmerPValue, tested ? pValChiSq(chiSquare, df) : kMissing);
+    oTestTable->vbset(kHosmerPValue, tested && df > 0 ? pValChiSq(chiSquare, df) : kMissing);
 }

@@ -140,6 +140,41 @@ TEST(OlsOddities, AFlagIsOnAtExactlyOne)
     }
 }
 
+// y = 1, 3, 4 on x = 1, 2, 4 through the origin: b = 23 / 21, the leverages are x^2 / 21. 1 / 3 comes on top where an
+// estimated intercept has it, which makes the last one 23 / 21, above 1.
+TEST(OlsOddities, LeaveOneOutCountsAFixedIntercept)
+{
+    const Vector x{1, 2, 4}, y{1, 3, 4};
+    OlsProblem q = Regression(y, {x});
+    q.options[kFixedIntercept] = 1.0;
+    const OlsResults r = RunOls(q);
+    double press = 0.0;
+    for (int i = 1; i <= 3; ++i) {
+        const double xi = x[At(i)], g = xi * xi / 21, h = g + 1.0 / 3, e = y[At(i)] - xi * 23 / 21,
+                     mse = r.fit(kFitMse);
+        const double deleted = e / (1 - h);
+        press += deleted * deleted;
+        EXPECT_NEAR(r.leaveOneOut(i), y[At(i)] - deleted, kIterative);
+        ExpectClose(r.cook(i), g * deleted * deleted / mse, kIterative);
+        ExpectClose(r.errors(i, 1), std::sqrt(mse * g), kIterative);
+        ExpectClose(r.residuals(i, 3), h < 1 ? e / std::sqrt(mse * (1 - h)) : kMissing, kIterative);
+    }
+    ExpectClose(r.fit(kFitPress), press, kIterative);
+}
+
+// Two groups with the same mean: no column of the block lowers the residual term, and none enters.
+TEST(OlsOddities, AModelOfNoColumnsHasNoMeanSquare)
+{
+    OlsProblem q = Regression({1, 2, 3, 2, 2, 2}, {{1, 0, 1, 0, 1, 0}, {0, 1, 0, 1, 0, 1}}, {1, 1});
+    q.type = {2};
+    q.options[kMethod] = 2;
+    const OlsResults r = RunOls(q);
+    ASSERT_EQ(r.code, 0);
+    EXPECT_EQ(r.pFinal[0], 0);
+    for (const int column : {kAnovaMeanSquare, kAnovaF, kAnovaP})
+        EXPECT_EQ(r.anova(kAnovaModel, column), kMissing);
+}
+
 TEST(OlsOddities, FarMeansUseStandardisedCorrelations)
 {
     // y = 7 + (x - centre) / 4 + exact residuals that are orthogonal to x.
