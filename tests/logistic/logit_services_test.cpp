@@ -198,7 +198,8 @@ TEST(HosmerLemeshow, Groups)
         SCOPED_TRACE(c.name);
         const Table table = HosmerOf(c.observed, c.expected, c.weights);
         EXPECT_EQ(table(kHosmerDf), c.groups - 2);
-        if (c.groups <= 2) EXPECT_EQ(table(kHosmerPValue), kMissing) << "no degree of freedom";
+        if (c.groups > 2) continue;
+        EXPECT_EQ(table(kHosmerPValue), kMissing) << "no degree of freedom";
     }
 }
 
