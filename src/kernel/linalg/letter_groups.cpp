@@ -1,6 +1,8 @@
 #include "kernel/linalg/letter_groups.h"
 
 #include <algorithm>
+#include <bit>
+#include <compare>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -15,33 +17,92 @@ namespace {
 
 constexpr std::size_t kMostGroups = korvenrg::linalg::kMostLetterGroups;
 
-/** Whether each row belongs. */
-using Group = std::vector<bool>;
+/** A set of rows, from 0, as bits. The words compare as the rows do, the first row being the highest bit. */
+class RowSet
+{
+  public:
+    explicit RowSet(std::size_t rows) : words_((rows + kBits - 1) / kBits) {}
+
+    bool Holds(std::size_t row) const
+    {
+        return (words_[row / kBits] & BitOf(row)) != 0;
+    }
+    void Put(std::size_t row, bool holds)
+    {
+        std::uint64_t& word = words_[row / kBits];
+        word = holds ? word | BitOf(row) : word & ~BitOf(row);
+    }
+    void Add(std::size_t row)
+    {
+        Put(row, true);
+    }
+    void Remove(const RowSet& other)
+    {
+        for (std::size_t w = 0; w < words_.size(); ++w)
+            words_[w] &= ~other.words_[w];
+    }
+    /** Takes out the row and all behind it. */
+    void CutAt(std::size_t row)
+    {
+        words_[row / kBits] &= ~FromRow(row);
+        std::fill(words_.begin() + static_cast<std::ptrdiff_t>(row / kBits) + 1, words_.end(), 0);
+    }
+    /** The first row of the set from `row` on; `end` when there is none before it. */
+    std::size_t FirstFrom(std::size_t row, std::size_t end) const
+    {
+        for (; row < end; row = (row / kBits + 1) * kBits) {
+            const std::uint64_t rest = words_[row / kBits] & FromRow(row);
+            if (rest == 0) continue;
+            const std::size_t first = row / kBits * kBits + static_cast<std::size_t>(std::countl_zero(rest));
+            return std::min(first, end);
+        }
+        return end;
+    }
+    auto operator<=>(const RowSet&) const = default;
+
+  private:
+    static constexpr std::size_t kBits = 64;
+
+    static constexpr std::uint64_t BitOf(std::size_t row)
+    {
+        return std::uint64_t{1} << (kBits - 1 - row % kBits);
+    }
+    /** The bits of the row's word from the row on. */
+    static constexpr std::uint64_t FromRow(std::size_t row)
+    {
+        return BitOf(row) | (BitOf(row) - 1);
+    }
+
+    std::vector<std::uint64_t> words_;
+};
 
 /** Verdicts of all pairs of rows. */
 class PairVerdicts
 {
   public:
-    explicit PairVerdicts(std::size_t rows) : rows_(rows), cells_(rows * rows, kUntested) {}
+    explicit PairVerdicts(std::size_t rows) : tested_(rows, RowSet(rows)), significant_(rows, RowSet(rows)) {}
 
+    /** @param verdict  1 significant, 0 not; below 0 the pair counts as untested */
     void Set(std::size_t i, std::size_t j, int verdict)
     {
-        cells_[i * rows_ + j] = verdict;
-        cells_[j * rows_ + i] = verdict;
+        tested_[i].Put(j, verdict >= 0);
+        tested_[j].Put(i, verdict >= 0);
+        significant_[i].Put(j, verdict == 1);
+        significant_[j].Put(i, verdict == 1);
     }
     bool Tested(std::size_t i, std::size_t j) const
     {
-        return cells_[i * rows_ + j] >= 0;
+        return tested_[i].Holds(j);
     }
-    bool Significant(std::size_t i, std::size_t j) const
+    /** The rows that differ from row i. */
+    const RowSet& DifferentFrom(std::size_t i) const
     {
-        return cells_[i * rows_ + j] == 1;
+        return significant_[i];
     }
 
   private:
-    static constexpr int kUntested = -1;
-    std::size_t rows_;
-    std::vector<int> cells_;
+    std::vector<RowSet> tested_;
+    std::vector<RowSet> significant_;
 };
 
 void SortByMean(matrix<double>* table,
@@ -87,75 +148,72 @@ bool AllTested(const PairVerdicts& verdicts, std::size_t p)
     return true;
 }
 
-// Whether row v differs from a member of the group.
-bool Differs(const PairVerdicts& verdicts, const Group& group, std::size_t v)
+// The rows that do not belong to the group and differ from none of it.
+RowSet Joinable(const PairVerdicts& verdicts, const RowSet& group, std::size_t p)
 {
-    for (std::size_t u = 0; u < group.size(); ++u) {
-        if (group[u] && verdicts.Significant(u, v)) return true;
+    RowSet joinable(p);
+    for (std::size_t v = 0; v < p; ++v)
+        joinable.Add(v);
+    joinable.Remove(group);
+    for (std::size_t u = group.FirstFrom(0, p); u < p; u = group.FirstFrom(u + 1, p)) {
+        joinable.Remove(verdicts.DifferentFrom(u));
     }
-    return false;
-}
-
-// The first row from `start` on, and before `end`, that could join the group; end when there is none.
-std::size_t NextToJoin(const PairVerdicts& verdicts, const Group& group, std::size_t start, std::size_t end)
-{
-    while (start < end && (group[start] || Differs(verdicts, group, start))) {
-        ++start;
-    }
-    return start;
+    return joinable;
 }
 
 // The group with each row that can still join it, the first rows first.
-Group Completed(const PairVerdicts& verdicts, Group group)
+RowSet Completed(const PairVerdicts& verdicts, RowSet group, std::size_t p)
 {
-    const std::size_t p = group.size();
-    for (std::size_t v = NextToJoin(verdicts, group, 0, p); v < p; v = NextToJoin(verdicts, group, v + 1, p))
-    {
-        group[v] = true;
+    RowSet joinable = Joinable(verdicts, group, p);
+    for (std::size_t v = joinable.FirstFrom(0, p); v < p; v = joinable.FirstFrom(v + 1, p)) {
+        group.Add(v);
+        joinable.Remove(verdicts.DifferentFrom(v));
     }
     return group;
 }
 
-// The group's rows before j that do not differ from j, with j. Empty when j belongs to the group, or differs from none
+// The group's rows before j that do not differ from j, with j. None when j belongs to the group, or differs from none
 // of those rows, or when another row before j could join.
-Group TurnedAt(const PairVerdicts& verdicts, const Group& group, std::size_t j)
+std::optional<RowSet> TurnedAt(const PairVerdicts& verdicts,
+                               const RowSet& group,
+                               std::size_t j,
+                               std::size_t p)
 {
-    Group turned(group.size(), false);
-    bool differs = false;
-    for (std::size_t u = 0; u < j && !group[j]; ++u) {
-        if (!group[u]) continue;
-        turned[u] = !verdicts.Significant(u, j);
-        differs = differs || !turned[u];
-    }
-    if (!differs) return Group();
-    turned[j] = true;
-    return NextToJoin(verdicts, turned, 0, j) == j ? turned : Group();
+    if (group.Holds(j)) return std::nullopt;
+    RowSet before = group;
+    before.CutAt(j);
+    RowSet turned = before;
+    turned.Remove(verdicts.DifferentFrom(j));
+    if (turned == before) return std::nullopt;
+    turned.Add(j);
+    if (Joinable(verdicts, turned, p).FirstFrom(0, j) < j) return std::nullopt;
+    return turned;
 }
 
 // All groups to which no row can be added, those that hold the first rows first; none when there are too many.
-std::optional<std::vector<Group>> FormGroups(const PairVerdicts& verdicts, std::size_t p)
+std::optional<std::vector<RowSet>> FormGroups(const PairVerdicts& verdicts, std::size_t p)
 {
-    std::vector<Group> groups;
-    std::set<Group, std::greater<>> found;
-    if (p > 0) found.insert(Completed(verdicts, Group(p, false)));
+    std::vector<RowSet> groups;
+    std::set<RowSet, std::greater<>> found;
+    if (p > 0) found.insert(Completed(verdicts, RowSet(p), p));
     while (!found.empty()) {
         if (groups.size() == kMostGroups) return std::nullopt;
         groups.push_back(*found.begin());
         found.erase(found.begin());
         for (std::size_t j = 0; j < p; ++j) {
-            const Group turned = TurnedAt(verdicts, groups.back(), j);
-            if (!turned.empty()) found.insert(Completed(verdicts, turned));
+            const std::optional<RowSet> turned = TurnedAt(verdicts, groups.back(), j, p);
+            if (turned) found.insert(Completed(verdicts, *turned, p));
         }
     }
     return groups;
 }
 
-void WriteLetters(const std::vector<Group>& groups, int p, matrix<std::wstring>& table)
+void WriteLetters(const std::vector<RowSet>& groups, int p, matrix<std::wstring>& table)
 {
     for (std::size_t g = 0; g < kMostGroups; ++g) {
         const std::wstring letters = korvenrg::linalg::GroupLetters(static_cast<int>(g) + 1);
         for (int i = 1; i <= p; ++i) {
-            const bool member = g < groups.size() && groups[g][static_cast<std::size_t>(i - 1)];
+            const bool member = g < groups.size() && groups[g].Holds(static_cast<std::size_t>(i - 1));
             table.vbset(i, static_cast<int>(g) + 1, member ? letters : std::wstring());
         }
     }
@@ -198,10 +256,10 @@ short BuildGroupingForDiffs(matrix<double>* iVect,
     p = std::max(p, 0);
     SortByMean(iVect, nbcols, p, Ranks, iSort, iSortDown);
     const PairVerdicts verdicts = ReadVerdicts(*ContrastsStats, ID1, ID2, *Signif, *Ranks, p);
-    std::optional<std::vector<Group>> groups;
+    std::optional<std::vector<RowSet>> groups;
     const auto rows = static_cast<std::size_t>(p);
     if (AllTested(verdicts, rows)) groups = FormGroups(verdicts, rows);
-    const std::vector<Group> formed = groups.value_or(std::vector<Group>());
+    const std::vector<RowSet> formed = groups.value_or(std::vector<RowSet>());
     WriteLetters(formed, p, *GTable);
     *pG = static_cast<int>(formed.size());
     return korvenrg::AsFlag(groups.has_value());

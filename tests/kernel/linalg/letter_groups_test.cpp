@@ -138,6 +138,18 @@ TEST(LetterGroups, ManySetsOnTheWayDoNotMatter)
     EXPECT_EQ(g.Of(12), L"L");
 }
 
+// Rows differ from 31 on: the groups are the windows of 31 rows, in order.
+TEST(LetterGroups, WindowsOfManyRows)
+{
+    Grouping g(150, [](int a, int b) { return b - a >= 31 ? 1 : 0; });
+    ASSERT_EQ(g.Run(kFalse, kFalse), kTrue);
+    ASSERT_EQ(g.groups, 120);
+    for (int group = 1; group <= g.groups; ++group)
+        for (int row = 1; row <= 150; ++row)
+            ASSERT_EQ(g.letters.vbget(row, group).empty(), row < group || row > group + 30)
+                << group << ' ' << row;
+}
+
 TEST(LetterGroups, FollowTheSortedRows)
 {
     const auto farApart = [](int a, int b) { return b - a >= 2 ? 1 : 0; };
