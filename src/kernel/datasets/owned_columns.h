@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "core/matrix.h"
@@ -10,12 +11,16 @@
 
 namespace korvenrg::datasets {
 
-/** The array itself when its elements have the size of T's, else null, so that it is taken as empty. */
+/** The array itself when its elements have the size of T's and are texts where T is, else null, so that it is taken as
+ * empty. */
 template <typename T>
 SAFEARRAY* ArrayOf(SAFEARRAY* array)
 {
-    const std::size_t size = std::is_same_v<T, std::wstring> ? sizeof(BSTR) : sizeof(T);
-    return array != nullptr && array->cbElements == size ? array : nullptr;
+    constexpr bool kOfTexts = std::is_same_v<T, std::wstring>;
+    if (array == nullptr) return nullptr;
+    const bool holdsTexts = (array->fFeatures & FADF_BSTR) != 0;
+    const bool fits = array->cbElements == (kOfTexts ? sizeof(BSTR) : sizeof(T));
+    return fits && holdsTexts == kOfTexts ? array : nullptr;
 }
 
 /**

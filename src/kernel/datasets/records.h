@@ -13,7 +13,7 @@
 
 /**
  * A table held column by column, each column an array of its own. The element type is that of the arrays: VT_R8, VT_I2 or
- * VT_BSTR; an array of another element size counts as empty.
+ * VT_BSTR; an array of another element size, or of texts in place of numbers, counts as empty.
  */
 struct ST_MVect
 {

@@ -84,7 +84,7 @@ std::vector<double> CoefficientsOnEarlierRows(const DenseBlock& work, std::size_
 
 // Size up to which pivot k may be nothing but rounding. The pivot is the square of row k less its fit on the rows
 // before it; each cell of that form carries rounding on the scale of its diagonal cells.
-double PivotRounding(const DenseBlock& work, std::size_t k, const std::vector<double>& diagonal)
+double RoundingOfPivot(const DenseBlock& work, std::size_t k, const std::vector<double>& diagonal)
 {
     const double least = RoundingShare(work.cols) * diagonal[k];
     if (!(std::fabs(work(k, k)) <= kLargestCancellation * least)) return least;
@@ -108,7 +108,7 @@ std::size_t FactorInPlace(DenseBlock& work, ZeroPivots zeroPivots)
     }
     for (std::size_t k = 0; k < n; ++k) {
         const double pivot = work(k, k);
-        const double limit = skips ? PivotRounding(work, k, diagonal) : RoundingShare(n) * diagonal[k];
+        const double limit = skips ? RoundingOfPivot(work, k, diagonal) : RoundingShare(n) * diagonal[k];
         if (pivot > limit && std::isfinite(pivot)) {
             EliminateColumn(work, k);
         } else if (skips && std::fabs(pivot) <= limit) {

@@ -15,7 +15,7 @@
  * doubles, and held where it is not. A list that marks every parameter leaves nothing to restrict the inverse
  * to; it then restricts nothing and the whole matrix is inverted. The mixed model relies on it: its Hessian has
  * no held parameter, and it passes a list of ones. A caller whose model may have no free parameter at all asks
- * for that first: its inverse is 0 (InvertOverFree in logistic/logit_derivatives.h).
+ * for that first: its inverse is 0.
  *
  * @param n        parameters
  * @param keep     n marks, or null for none held

@@ -32,9 +32,8 @@ double M_Determinant(matrix<double>* A, int n);
  * @param A     n x n, symmetric; the lower triangle is read
  * @param keep  n marks: 0 takes part, anything else is left out; null leaves none out. A pivot that is nothing but
  *              rounding is left out too (M_CholDecompCleaned)
- * @param ok    receives -1 when at least one pivot took part and none was negative, otherwise 0; it does
- *              not tell whether pivots were left out; null: not
- *              wanted
+ * @param ok    receives -1 when at least one pivot took part and none was negative, otherwise 0; it does not tell
+ *              whether pivots were left out; null: not wanted
  * @return the determinant; 0 when `ok` is 0
  */
 double M_DeterminantCleaned(matrix<double>* A, int n, matrix<double>* keep, short* ok);

@@ -14,7 +14,7 @@
  * before it, is not above `tol` stays out with a coefficient of 0; so does one without spread.
  *
  * @param X             n x p
- * @param Y             n x 1; a missing marker in a row that counts makes the coefficients NaN, so its weight is 0
+ * @param Y             n x 1; a row whose Y is missing needs a weight of 0: with another one the coefficients are NaN
  * @param W             n weights, or null for weights of 1; a row of weight 0 is not looked at, but it is fitted
  * @param degree        highest power; 1 is the linear model, 0 leaves the constant alone
  * @param products      -1: with the products of pairs of columns

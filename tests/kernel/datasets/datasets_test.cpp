@@ -104,6 +104,8 @@ TEST(Datasets, ViewsWriteThroughAndLeaveTheArraysAlone)
         EXPECT_EQ(owned.table.vbget(1), 7);
         EXPECT_EQ(owned.Column(0), nullptr);
         EXPECT_EQ(owned.Column(3), nullptr);
+        EXPECT_EQ(cST_MVect<double>(&texts).Column(1)->total, 0U) << "texts are no numbers of the same size";
+        EXPECT_EQ(cST_MVect<std::wstring>(&numbers).Column(1)->total, 0U);
         EXPECT_EQ(misread.Column(1)->total, 0U) << "elements of another size are not taken for flags";
     }
     EXPECT_EQ(CellsOf<double>(numbers.vectors[1]), (Numbers{30, 4}));
